@@ -1,0 +1,160 @@
+#include "platform/Image.h"
+
+#include <algorithm>
+#include <mutex>
+#include <vector>
+
+namespace marigold {
+
+namespace {
+
+// Brings any decoded image to 8-bit sRGB, honouring an embedded colour profile.
+vips::VImage toSrgb(vips::VImage in) {
+    const bool hasProfile = in.get_typeof(VIPS_META_ICC_NAME) != 0;
+    const bool cmyk = in.interpretation() == VIPS_INTERPRETATION_CMYK;
+    if (hasProfile || cmyk) {
+        try {
+            // embedded: use the file's own profile as the input profile when there is one.
+            in = in.icc_transform("srgb", vips::VImage::option()
+                                              ->set("embedded", hasProfile)
+                                              ->set("intent", VIPS_INTENT_RELATIVE)
+                                              ->set("depth", 8));
+        } catch (const vips::VError&) {
+            // A broken profile: fall through to the plain conversion below.
+        }
+        if (in.get_typeof(VIPS_META_ICC_NAME) != 0) in.remove(VIPS_META_ICC_NAME);
+    }
+    if (in.interpretation() != VIPS_INTERPRETATION_sRGB ||
+        in.format() != VIPS_FORMAT_UCHAR) {
+        in = in.colourspace(VIPS_INTERPRETATION_sRGB);
+    }
+    if (in.format() != VIPS_FORMAT_UCHAR) in = in.cast(VIPS_FORMAT_UCHAR);
+    return in;
+}
+
+vips::VImage toRgba(vips::VImage in, bool* opaque) {
+    // Grey (+alpha) images come out of toSrgb with 3 (+1) bands already; anything
+    // stranger is trimmed or padded to RGB(A).
+    if (in.bands() == 2) in = in[0].bandjoin({in[0], in[0], in[1]});
+    if (in.bands() == 1) in = in.bandjoin({in, in});
+    if (in.bands() > 4) in = in.extract_band(0, vips::VImage::option()->set("n", 4));
+    *opaque = in.bands() == 3;
+    if (in.bands() == 3) in = in.bandjoin_const({255});
+    return in;
+}
+
+}  // namespace
+
+struct Image::Data {
+    vips::VImage pixels;
+    SizeF size;
+    bool opaque = true;
+    // Reduced copies, shared by every Image made from the same pixels.
+    struct Pyramid {
+        std::mutex lock;
+        std::vector<vips::VImage> levels;
+    };
+    std::shared_ptr<Pyramid> pyramid = std::make_shared<Pyramid>();
+};
+
+Image Image::fromVips(const vips::VImage& any) {
+    auto data = std::make_shared<Data>();
+    data->pixels = toRgba(toSrgb(any), &data->opaque).copy_memory();
+    data->size = {float(data->pixels.width()), float(data->pixels.height())};
+    return Image(std::move(data));
+}
+
+Image Image::fromQImage(const QImage& image) {
+    if (image.isNull()) return {};
+    const QImage rgba = image.convertToFormat(QImage::Format_RGBA8888);
+    auto data = std::make_shared<Data>();
+    // QImage rows may be padded; copy row by row into a packed buffer.
+    std::vector<uchar> packed(size_t(rgba.width()) * rgba.height() * 4);
+    for (int y = 0; y < rgba.height(); ++y) {
+        std::copy_n(rgba.constScanLine(y), rgba.width() * 4,
+                    packed.data() + size_t(y) * rgba.width() * 4);
+    }
+    VipsImage* copied = vips_image_new_from_memory_copy(packed.data(), packed.size(), rgba.width(),
+                                                        rgba.height(), 4, VIPS_FORMAT_UCHAR);
+    if (!copied) throw vips::VError();
+    data->pixels = vips::VImage(copied).copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+    data->pixels = data->pixels.copy_memory();
+    data->opaque = !image.hasAlphaChannel();
+    data->size = {float(rgba.width()), float(rgba.height())};
+    return Image(std::move(data));
+}
+
+int Image::pixelsWide() const { return _data ? _data->pixels.width() : 0; }
+int Image::pixelsHigh() const { return _data ? _data->pixels.height() : 0; }
+SizeF Image::size() const { return _data ? _data->size : SizeF{}; }
+bool Image::isOpaque() const { return !_data || _data->opaque; }
+
+Image Image::withSize(SizeF size) const {
+    if (!_data) return {};
+    auto data = std::make_shared<Data>(*_data);
+    data->size = size;
+    return Image(std::move(data));
+}
+
+Image Image::fromRgba(const vips::VImage& rgba, bool opaque) {
+    auto data = std::make_shared<Data>();
+    data->pixels = rgba.copy_memory();
+    data->opaque = opaque;
+    data->size = {float(data->pixels.width()), float(data->pixels.height())};
+    return Image(std::move(data));
+}
+
+const vips::VImage& Image::pixels() const {
+    static const vips::VImage empty;
+    return _data ? _data->pixels : empty;
+}
+
+QImage Image::toQImage() const {
+    if (!_data) return {};
+    // Zero copy: the QImage borrows libvips' packed memory and holds a reference to it.
+    VipsImage* held = _data->pixels.get_image();
+    g_object_ref(held);
+    const auto* bits = static_cast<const uchar*>(vips_image_get_data(held));
+    return QImage(bits, pixelsWide(), pixelsHigh(), pixelsWide() * 4, QImage::Format_RGBA8888,
+                  [](void* image) { g_object_unref(image); }, held);
+}
+
+int Image::levelFactorFor(int minPixelsWide, int minPixelsHigh) const {
+    if (!_data) return 1;
+    int factor = 1;
+    while (pixelsWide() / (factor * 2) >= std::max(minPixelsWide, 1) &&
+           pixelsHigh() / (factor * 2) >= std::max(minPixelsHigh, 1)) {
+        factor *= 2;
+    }
+    return factor;
+}
+
+Image Image::levelWithAtLeast(int minPixelsWide, int minPixelsHigh) const {
+    const int factor = levelFactorFor(minPixelsWide, minPixelsHigh);
+    if (factor == 1) return *this;
+    int depth = 0;
+    while ((1 << depth) < factor) ++depth;
+
+    Data::Pyramid& pyramid = *_data->pyramid;
+    std::lock_guard guard(pyramid.lock);
+    while (int(pyramid.levels.size()) < depth) {
+        const vips::VImage& above =
+            pyramid.levels.empty() ? _data->pixels : pyramid.levels.back();
+        vips::VImage reduced;
+        if (_data->opaque) {
+            reduced = above.shrink(2, 2);
+        } else {
+            // Average colours weighted by alpha so transparent pixels do not darken edges.
+            reduced = above.premultiply().shrink(2, 2).unpremultiply().cast(VIPS_FORMAT_UCHAR);
+        }
+        pyramid.levels.push_back(reduced.copy_memory());
+    }
+    auto data = std::make_shared<Data>();
+    data->pixels = pyramid.levels[depth - 1];
+    data->opaque = _data->opaque;
+    data->size = _data->size;
+    data->pyramid = std::make_shared<Data::Pyramid>();
+    return Image(std::move(data));
+}
+
+}  // namespace marigold

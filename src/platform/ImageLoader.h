@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+
+#include "platform/Image.h"
+
+namespace marigold {
+
+// Images above this many pixels are refused before decoding: 200 megapixels of RGBA is
+// 800 MB, the most a desktop editor can hold comfortably with its reduced copies.
+inline constexpr long long kMaxImagePixels = 200'000'000;
+
+struct LoadedImage {
+    Image image;    // null on failure
+    QString error;  // one line, for the command line; empty on success
+};
+
+// Decodes image 0 of any file libvips reads, as stored (no orientation applied), converted
+// to 8-bit RGBA sRGB. Truncated and oversized files fail instead of yielding partial images.
+LoadedImage loadImageFile(const QString& path);
+
+// Decodes an in-memory encoded image (clipboard data) the same way.
+LoadedImage loadImageData(const QByteArray& data);
+
+}  // namespace marigold

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/Geometry.h"
+
+namespace marigold {
+
+float aspectRatio(float width, float height);
+
+// Each of x, y, width, height rounded to nearest, halves away from zero, independently.
+RectF roundRect(RectF rect);
+
+// The output pixel size of a crop: rounded rectangle times scale, no side under 10 pixels
+// (height wins), rounded. Zero size when the rounded rectangle or the scale is empty.
+struct CropPlan {
+    RectF rounded;     // source region, points == pixels, lower-left origin
+    int outputWide = 0;
+    int outputHigh = 0;
+    bool isEmpty() const { return outputWide <= 0 || outputHigh <= 0; }
+};
+CropPlan planCrop(RectF rect, float scale);
+
+// The thumbnail size of `scaleImage`: `size` when it fits `box`, otherwise fitted, unrounded.
+SizeF sizeToFit(SizeF size, SizeF box);
+
+}  // namespace marigold

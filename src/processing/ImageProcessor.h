@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QColor>
+
+#include "platform/Geometry.h"
+#include "platform/Image.h"
+
+namespace marigold {
+
+// The one image-operation object. Every operation is a pure function of its arguments and
+// of the border fields; none changes its argument.
+class ImageProcessor {
+public:
+    void setBorderOn(bool on) { _borderOn = on; }
+    void setBorderThickness(int thickness) { _borderThickness = thickness; }
+    void setBorderColor(const QColor& color) { _borderColor = color; }
+    // Stored only: crop and thumbnail always resample at high quality.
+    void setInterpolation(int level) { _interpolation = level; }
+    int interpolation() const { return _interpolation; }
+
+    // Largest pixel size the fast path renders; the result keeps the logical size of the
+    // whole output but holds at most this many pixels (it is only looked at, never saved).
+    void setFastPreviewLimit(int maxPixelsWide, int maxPixelsHigh);
+
+    // `rect` is in the source's own coordinates (points == pixels, origin lower-left, y up).
+    // Returns the cropped, scaled, optionally sharpened and bordered output, or a null image
+    // when it would have no pixels. No side shorter than 10 pixels.
+    Image cropImage(const Image& image, RectF rect, float scale, float sharpness, bool fast) const;
+
+    // No larger than `box`, keeping the aspect; the very same image when it already fits.
+    static Image scaleImage(const Image& image, SizeF box);
+
+private:
+    bool _borderOn = false;
+    int _borderThickness = 0;
+    QColor _borderColor;
+    int _interpolation = 0;
+    int _fastLimitWide = 1000;
+    int _fastLimitHigh = 1000;
+};
+
+}  // namespace marigold
