@@ -63,6 +63,8 @@ public:
     int incrementIntegerForKey(const QString& key);
 
     void synchronize();
+    // The INI file behind the store, for messages about unreadable or unwritable settings.
+    QString fileName() const;
 
 private:
     std::unique_ptr<QSettings> _store;

@@ -34,9 +34,10 @@ vips::VImage toSrgb(vips::VImage in) {
 
 vips::VImage toRgba(vips::VImage in, bool* opaque) {
     // Grey (+alpha) images come out of toSrgb with 3 (+1) bands already; anything
-    // stranger is trimmed or padded to RGB(A).
-    if (in.bands() == 2) in = in[0].bandjoin({in[0], in[0], in[1]});
-    if (in.bands() == 1) in = in.bandjoin({in, in});
+    // stranger is trimmed or padded to RGB(A). (The list form of bandjoin is static: it
+    // joins exactly the images listed.)
+    if (in.bands() == 2) in = vips::VImage::bandjoin({in[0], in[0], in[0], in[1]});
+    if (in.bands() == 1) in = vips::VImage::bandjoin({in, in, in});
     if (in.bands() > 4) in = in.extract_band(0, vips::VImage::option()->set("n", 4));
     *opaque = in.bands() == 3;
     if (in.bands() == 3) in = in.bandjoin_const({255});

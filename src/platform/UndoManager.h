@@ -41,6 +41,9 @@ public:
     int undoCount() const { return int(_undoStack.size()); }
     int redoCount() const { return int(_redoStack.size()); }
 
+protected:
+    bool event(QEvent* event) override;
+
 Q_SIGNALS:
     // Any change of what Undo and Redo would do or be called.
     void changed();
@@ -51,7 +54,7 @@ private:
         std::vector<std::function<void()>> actions;
     };
     void _openGroupIfNeeded();
-    void _replay(std::vector<Group>& from, std::vector<Group>& to, bool& flag);
+    void _replay(std::vector<Group>& from, bool& flag);
 
     std::vector<Group> _undoStack;
     std::vector<Group> _redoStack;
@@ -59,6 +62,7 @@ private:
     bool _groupOpen = false;
     bool _undoing = false;
     bool _redoing = false;
+    quint64 _generation = 0;
 };
 
 }  // namespace marigold

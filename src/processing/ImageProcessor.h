@@ -4,6 +4,7 @@
 
 #include "platform/Geometry.h"
 #include "platform/Image.h"
+#include "processing/CropGeometry.h"
 
 namespace marigold {
 
@@ -31,6 +32,10 @@ public:
     static Image scaleImage(const Image& image, SizeF box);
 
 private:
+    Image _fullOutput(const Image& image, const CropPlan& plan, float sharpness) const;
+    Image _fastOutput(const Image& image, const CropPlan& plan) const;
+    Image _framed(const Image& output, int thickness) const;
+
     bool _borderOn = false;
     int _borderThickness = 0;
     QColor _borderColor;

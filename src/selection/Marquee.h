@@ -33,7 +33,8 @@ public:
 
     void setStartAndEndPoint(PointF viewPoint, RectF bounds);
     void setStartPoint(PointF viewPoint, RectF bounds);
-    // Clamped to the image, then held to the aspect constraint (which may leave [0, 1]).
+    // Clamped to the image, then held to the aspect constraint; the held result is not clamped
+    // again, so a start outside [0, 1] can give an end outside it too.
     void setEndPoint(PointF viewPoint, RectF bounds);
     void translateFromPoint(PointF from, PointF to, RectF bounds);
     RectF rectTranslatedFromPoint(PointF from, PointF to, RectF bounds) const;

@@ -7,7 +7,7 @@ namespace marigold::test {
 Image gradientImage(int w, int h) {
     vips::VImage xy = vips::VImage::xyz(w, h);
     vips::VImage x = xy[0], y = xy[1];
-    vips::VImage rgb = (x % 256).bandjoin({y % 256, (x + y) % 256, x * 0 + 255});
+    vips::VImage rgb = vips::VImage::bandjoin({x % 256, y % 256, (x + y) % 256, x * 0 + 255});
     return Image::fromRgba(rgb.cast(VIPS_FORMAT_UCHAR)
                                .copy(vips::VImage::option()->set(
                                    "interpretation", VIPS_INTERPRETATION_sRGB)),
@@ -29,7 +29,7 @@ Image photoLikeImage(int w, int h) {
     vips::VImage r = x * 120 + y * 60 + 40 + texture + noise;
     vips::VImage g = (1 - y) * 140 + 50 + texture * 0.5 + noise;
     vips::VImage b = (1 - y) * 200 + x * 30 + noise * 0.7;
-    vips::VImage rgb = r.bandjoin({g, b, r * 0 + 255});
+    vips::VImage rgb = vips::VImage::bandjoin({r, g, b, r * 0 + 255});
     return Image::fromRgba(rgb.cast(VIPS_FORMAT_UCHAR)
                                .copy(vips::VImage::option()->set(
                                    "interpretation", VIPS_INTERPRETATION_sRGB)),

@@ -1,0 +1,73 @@
+# Shared by the end-to-end tests: a private X server, a private settings folder, and
+# helpers to find coloured areas on the screen.
+set -euo pipefail
+
+E2E_TMP=$(mktemp -d)
+export XDG_CONFIG_HOME="$E2E_TMP/config" XDG_DATA_HOME="$E2E_TMP/data"
+export XDG_RUNTIME_DIR="$E2E_TMP/runtime" QT_QPA_PLATFORM=xcb
+mkdir -p "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_RUNTIME_DIR"
+chmod 700 "$XDG_RUNTIME_DIR"
+APP_PID=""
+XVFB_PID=""
+
+e2e_cleanup() {
+    [ -n "$APP_PID" ] && kill "$APP_PID" 2>/dev/null || true
+    [ -n "$XVFB_PID" ] && kill "$XVFB_PID" 2>/dev/null || true
+    rm -rf "$E2E_TMP"
+}
+trap e2e_cleanup EXIT
+
+fail() {
+    echo "FAIL: $*" >&2
+    [ -n "${SHOT:-}" ] && [ -f "$SHOT" ] && cp "$SHOT" "/tmp/e2e-failure-$(basename "$0" .sh).png"
+    exit 1
+}
+
+start_x() {
+    for n in $(seq 90 140); do
+        [ -e "/tmp/.X11-unix/X$n" ] || [ -e "/tmp/.X$n-lock" ] && continue
+        Xvfb ":$n" -screen 0 1280x860x24 -nolisten tcp >/dev/null 2>&1 &
+        XVFB_PID=$!
+        export DISPLAY=":$n"
+        for _ in $(seq 50); do
+            xdpyinfo >/dev/null 2>&1 && return 0
+            sleep 0.1
+        done
+        kill "$XVFB_PID" 2>/dev/null || true
+    done
+    fail "no X server could be started"
+}
+
+# Starts the app and waits until its window is mapped; sets WID.
+start_app() {
+    "$@" >"$E2E_TMP/app.log" 2>&1 &
+    APP_PID=$!
+    WID=$(timeout 20 xdotool search --sync --onlyvisible --name '^Marigold$' | head -n 1) ||
+        fail "the main window did not appear: $(cat "$E2E_TMP/app.log")"
+    sleep 1
+}
+
+screenshot() {
+    SHOT="$E2E_TMP/shot.png"
+    import -window root "$SHOT"
+}
+
+# Bounding box "W H X Y" of the pixels near COLOR inside the region "W H X Y" of the shot.
+color_box() {
+    local color=$1 w=$2 h=$3 x=$4 y=$5
+    convert "$SHOT" -crop "${w}x${h}+${x}+${y}" +repage -fuzz 6% -fill black +opaque "$color" \
+        -trim -format '%w %h %X %Y' info: 2>/dev/null | tr -d '+'
+}
+
+# How many pixels near COLOR inside the region "W H X Y" of the shot.
+color_count() {
+    local color=$1 w=$2 h=$3 x=$4 y=$5
+    # Everything else black first, then the matches white (so white on screen is not counted).
+    convert "$SHOT" -crop "${w}x${h}+${x}+${y}" +repage -fuzz 6% -fill black +opaque "$color" \
+        -fill white -opaque "$color" -colorspace gray -format '%[fx:round(mean*w*h)]' info:
+}
+
+window_geometry() {
+    eval "$(xdotool getwindowgeometry --shell "$WID")"
+    WIN_X=$X WIN_Y=$Y WIN_W=$WIDTH WIN_H=$HEIGHT
+}

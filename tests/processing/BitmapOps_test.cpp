@@ -1,0 +1,252 @@
+#include <gtest/gtest.h>
+
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include "processing/BitmapOps.h"
+#include "support/TestImages.h"
+
+namespace marigold {
+namespace {
+
+using test::pixelAt;
+using test::Rgba;
+using vips::VImage;
+
+VImage difference(const VImage& a, const VImage& b) {
+    return (a.cast(VIPS_FORMAT_INT) - b.cast(VIPS_FORMAT_INT)).abs();
+}
+
+VImage rgbOf(const Image& image) {
+    return image.pixels().extract_band(0, VImage::option()->set("n", 3));
+}
+
+Image fromBands(std::vector<VImage> bands, bool opaque) {
+    return Image::fromRgba(VImage::bandjoin(bands).cast(VIPS_FORMAT_UCHAR), opaque);
+}
+
+TEST(BitmapOpsTest, NewBitmapTruncatesAndIsTransparent) {
+    const Image image = bitmap::withSize({99.9f, 10.7f});
+    ASSERT_FALSE(image.isNull());
+    EXPECT_EQ(image.pixelsWide(), 99);
+    EXPECT_EQ(image.pixelsHigh(), 10);
+    EXPECT_EQ(image.pixels().max(), 0);
+    EXPECT_FALSE(image.isOpaque());
+    // 99 x 0 has no pixels at all.
+    EXPECT_TRUE(bitmap::withSize({99.9f, 0.5f}).isNull());
+}
+
+// At scale 1 every output pixel is the source pixel under it; a rectangle at y = 0 takes the
+// bottom rows because rectangles have their origin at the lower left.
+TEST(BitmapOpsTest, ScaleOneCropCopiesTheRowsTheLowerLeftRectangleCovers) {
+    const Image source = test::gradientImage(300, 200);
+    const struct {
+        RectF rect;
+        int firstRow;  // y-down row of the source that becomes the output's first row
+    } cases[] = {
+        {{20, 0, 50, 30}, 170},
+        {{0, 170, 300, 30}, 0},
+        {{123, 45, 77, 66}, 200 - 45 - 66},
+    };
+    for (const auto& c : cases) {
+        const int wide = int(c.rect.width), high = int(c.rect.height);
+        const Image out = bitmap::croppingAndScaling(source, c.rect, {c.rect.width, c.rect.height});
+        ASSERT_EQ(out.pixelsWide(), wide);
+        ASSERT_EQ(out.pixelsHigh(), high);
+        const VImage expected = source.pixels().crop(int(c.rect.x), c.firstRow, wide, high);
+        EXPECT_EQ(difference(out.pixels(), expected).max(), 0) << c.rect.x << "," << c.rect.y;
+        EXPECT_EQ(pixelAt(out, 0, high - 1), pixelAt(source, int(c.rect.x), c.firstRow + high - 1));
+        EXPECT_TRUE(out.isOpaque());
+    }
+}
+
+// (90, 90, 20, 20) of a 100 x 100 image: only the lower-left quarter of the output lies on the
+// source (its top-right corner, as stored); the rest is transparent or the background.
+TEST(BitmapOpsTest, RectangleBeyondTheSourceIsTransparentThere) {
+    const Image source = test::gradientImage(100, 100);
+    const RectF rect{90, 90, 20, 20};
+    const Image clear = bitmap::croppingAndScaling(source, rect, {20, 20});
+    const Image filled = bitmap::croppingAndScaling(source, rect, {20, 20}, QColor(10, 200, 30));
+    ASSERT_EQ(clear.pixelsWide(), 20);
+    EXPECT_FALSE(clear.isOpaque());
+    EXPECT_TRUE(filled.isOpaque());
+    for (int y = 0; y < 20; ++y) {
+        for (int x = 0; x < 20; ++x) {
+            const bool onSource = x < 10 && y >= 10;
+            if (onSource) {
+                const Rgba expected = pixelAt(source, 90 + x, y - 10);
+                EXPECT_EQ(pixelAt(clear, x, y), expected) << x << "," << y;
+                EXPECT_EQ(pixelAt(filled, x, y), expected) << x << "," << y;
+            } else {
+                EXPECT_EQ(pixelAt(clear, x, y).a, 0) << x << "," << y;
+                EXPECT_EQ(pixelAt(filled, x, y), (Rgba{10, 200, 30, 255})) << x << "," << y;
+            }
+        }
+    }
+    // Wholly outside: a transparent output of the requested size.
+    const Image away = bitmap::croppingAndScaling(source, {500, 500, 30, 20}, {60, 40});
+    EXPECT_EQ(away.pixelsWide(), 60);
+    EXPECT_EQ(away.pixels().extract_band(3).max(), 0);
+}
+
+// ImageMagick as the independent oracle: crop, then Lanczos resize.
+TEST(BitmapOpsTest, ResamplingMatchesImageMagickLanczos) {
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const Image source = test::photoLikeImage(160, 120);
+    const QString input = dir.filePath("in.png");
+    rgbOf(source).pngsave(input.toLocal8Bit().constData());
+    const struct {
+        int x, y, w, h;  // y-down, as ImageMagick counts
+        int outWide, outHigh;
+    } cases[] = {
+        {20, 10, 40, 30, 80, 60},    // 2x enlargement
+        {5, 30, 60, 40, 90, 60},     // 1.5x
+        {0, 0, 160, 120, 80, 60},    // halving
+        {30, 20, 100, 90, 30, 27},   // 0.3x
+        {10, 10, 50, 40, 125, 32},   // enlarge across, reduce down
+    };
+    for (const auto& c : cases) {
+        const QString output = dir.filePath("out.png");
+        const QString crop = QString("%1x%2+%3+%4").arg(c.w).arg(c.h).arg(c.x).arg(c.y);
+        const QString size = QString("%1x%2!").arg(c.outWide).arg(c.outHigh);
+        ASSERT_EQ(QProcess::execute("convert", {input, "-crop", crop, "+repage", "-filter",
+                                                "Lanczos", "-resize", size, output}),
+                  0);
+        const VImage oracle = VImage::new_from_file(output.toLocal8Bit().constData(),
+                                                    VImage::option()->set("access", "sequential"))
+                                  .copy_memory();
+        const RectF rect{float(c.x), float(120 - c.y - c.h), float(c.w), float(c.h)};
+        const Image out =
+            bitmap::croppingAndScaling(source, rect, {float(c.outWide), float(c.outHigh)});
+        ASSERT_EQ(out.pixelsWide(), oracle.width());
+        ASSERT_EQ(out.pixelsHigh(), oracle.height());
+        const VImage diff = difference(rgbOf(out), oracle.extract_band(0, VImage::option()->set("n", 3)));
+        // Away from the edges (where the two differ in how they extend the picture) the
+        // results agree to rounding; over the whole picture closely on average.
+        const int margin = 3;
+        const VImage inner = diff.crop(margin, margin, diff.width() - 2 * margin,
+                                       diff.height() - 2 * margin);
+        EXPECT_LE(inner.max(), 2) << crop.toStdString() << " -> " << size.toStdString();
+        EXPECT_LT(diff.avg(), 0.6) << crop.toStdString() << " -> " << size.toStdString();
+    }
+}
+
+// Transparent pixels (stored black) must not bleed into the colour of their neighbours.
+TEST(BitmapOpsTest, ResamplingTransparentSourceHasNoDarkFringe) {
+    const VImage x = VImage::xyz(64, 64)[0];
+    const VImage alpha = (x < 32).ifthenelse(255, 0);
+    const VImage white = (x < 32).ifthenelse(255, 0);  // transparent half stored as black
+    const Image source = fromBands({white, white, white, alpha}, false);
+    for (SizeF size : {SizeF{23, 23}, SizeF{150, 150}}) {
+        const Image out = bitmap::scaling(source, size);
+        ASSERT_EQ(out.pixelsWide(), int(size.width));
+        const VImage visible = out.pixels().extract_band(3) > 8;
+        EXPECT_GE(visible.ifthenelse(rgbOf(out), 255).min(), 250) << size.width;
+        EXPECT_EQ(out.pixels().extract_band(3).getpoint(0, 0)[0], 255);
+        EXPECT_EQ(out.pixels().extract_band(3).getpoint(int(size.width) - 1, 0)[0], 0);
+    }
+}
+
+TEST(BitmapOpsTest, SharpeningKeepsGreyFlatAndMeanAndRaisesEdges) {
+    // A grey step with noise: sharpening must add contrast, not colour.
+    const VImage xy = VImage::xyz(80, 60);
+    const VImage noise = VImage::gaussnoise(80, 60, VImage::option()->set("sigma", 6.0));
+    const VImage grey = ((xy[0] < 40).ifthenelse(80, 170) + noise - 128).cast(VIPS_FORMAT_UCHAR);
+    const Image source = fromBands({grey, grey, grey, grey * 0 + 255}, true);
+
+    EXPECT_EQ(bitmap::sharpening(source, 0).pixels().get_image(), source.pixels().get_image());
+    EXPECT_EQ(bitmap::sharpening(source, -1).pixels().get_image(),
+              source.pixels().get_image());
+
+    double previousContrast = 0;
+    for (float sharpness : {0.3f, 0.6f, 1.5f}) {
+        const Image out = bitmap::sharpening(source, sharpness);
+        ASSERT_EQ(out.pixelsWide(), 80);
+        const VImage p = out.pixels().cast(VIPS_FORMAT_INT);
+        EXPECT_EQ((p[0] - p[1]).abs().max(), 0) << "hue kept";
+        EXPECT_EQ((p[1] - p[2]).abs().max(), 0) << "hue kept";
+        EXPECT_EQ(p[3].min(), 255) << "alpha untouched";
+        EXPECT_NEAR(p[0].avg(), source.pixels()[0].avg(), 0.5);
+        EXPECT_GT(difference(out.pixels(), source.pixels()).max(), 0);
+        // Just either side of the step: darker stays darker, brighter brighter.
+        const double contrast = p[0].crop(40, 0, 1, 60).avg() - p[0].crop(39, 0, 1, 60).avg();
+        EXPECT_GT(contrast, previousContrast) << sharpness;
+        previousContrast = contrast;
+    }
+    // A flat picture has no detail to add.
+    const Image flat = fromBands({grey * 0 + 90, grey * 0 + 140, grey * 0 + 30, grey * 0 + 255},
+                                 true);
+    EXPECT_EQ(difference(bitmap::sharpening(flat, 2).pixels(), flat.pixels()).max(), 0);
+}
+
+TEST(BitmapOpsTest, BorderPaintsTheOuterBandsOnlyAndLeavesTheArgument) {
+    const Image source = test::gradientImage(100, 50);
+    const VImage before = source.pixels().copy_memory();
+    const Image out = bitmap::bordered(source, 5, QColor(250, 20, 40));
+    ASSERT_EQ(out.pixelsWide(), 100);
+    ASSERT_EQ(out.pixelsHigh(), 50);
+    for (int y = 0; y < 50; ++y) {
+        for (int x = 0; x < 100; ++x) {
+            const bool edge = x < 5 || y < 5 || x >= 95 || y >= 45;
+            const Rgba expected = edge ? Rgba{250, 20, 40, 255} : pixelAt(source, x, y);
+            ASSERT_EQ(pixelAt(out, x, y), expected) << x << "," << y;
+        }
+    }
+    EXPECT_EQ(difference(source.pixels(), before).max(), 0);
+    EXPECT_EQ(bitmap::bordered(source, 0, Qt::red).pixels().get_image(),
+              source.pixels().get_image());
+    // A colour never set is black; a translucent one is laid over the picture.
+    EXPECT_EQ(pixelAt(bitmap::bordered(source, 2, QColor()), 0, 0), (Rgba{0, 0, 0, 255}));
+    const Image veiled = bitmap::bordered(source, 2, QColor(255, 255, 255, 128));
+    const Rgba under = pixelAt(source, 50, 0);
+    const Rgba over = pixelAt(veiled, 50, 0);
+    EXPECT_NEAR(over.r, (255 + under.r) / 2.0, 1.5);
+    EXPECT_NEAR(over.g, (255 + under.g) / 2.0, 1.5);
+    EXPECT_EQ(over.a, 255);
+    EXPECT_EQ(pixelAt(veiled, 50, 25), pixelAt(source, 50, 25));
+}
+
+TEST(BitmapOpsTest, QuarterTurns) {
+    const Image source = test::gradientImage(3, 2);
+    const Image clockwise = bitmap::rotatingClockwise(source);
+    ASSERT_EQ(clockwise.pixelsWide(), 2);
+    ASSERT_EQ(clockwise.pixelsHigh(), 3);
+    EXPECT_EQ(clockwise.size(), (SizeF{2, 3}));
+    // The former left column, read bottom to top, is the new top row.
+    EXPECT_EQ(pixelAt(clockwise, 0, 0), pixelAt(source, 0, 1));
+    EXPECT_EQ(pixelAt(clockwise, 1, 0), pixelAt(source, 0, 0));
+    for (int y = 0; y < 3; ++y) {
+        for (int x = 0; x < 2; ++x) EXPECT_EQ(pixelAt(clockwise, x, y), pixelAt(source, y, 1 - x));
+    }
+
+    auto same = [&](const Image& image) {
+        return image.pixelsWide() == 3 && image.pixelsHigh() == 2 &&
+               difference(image.pixels(), source.pixels()).max() == 0;
+    };
+    EXPECT_TRUE(same(bitmap::rotatingCounterClockwise(clockwise)));
+    Image turned = source;
+    for (int i = 0; i < 4; ++i) turned = bitmap::rotatingClockwise(turned);
+    EXPECT_TRUE(same(turned));
+    EXPECT_TRUE(same(bitmap::rotating180(bitmap::rotating180(source))));
+    const Image half = bitmap::rotating180(source);
+    EXPECT_EQ(difference(half.pixels(), bitmap::rotatingClockwise(clockwise).pixels()).max(), 0);
+    EXPECT_EQ(pixelAt(half, 0, 0), pixelAt(source, 2, 1));
+}
+
+TEST(BitmapOpsTest, BrightnessProbe) {
+    const VImage red = VImage::black(2, 2) + std::vector<double>{255, 0, 0};
+    EXPECT_EQ(bitmap::brightnessAt(red.cast(VIPS_FORMAT_UCHAR), 1, 1), 57);
+    const VImage green = VImage::black(2, 2) + std::vector<double>{0, 255, 0};
+    EXPECT_EQ(bitmap::brightnessAt(green.cast(VIPS_FORMAT_UCHAR), 0, 0), 180);
+    const VImage redAlpha = VImage::black(2, 2) + std::vector<double>{255, 0, 0, 255};
+    EXPECT_EQ(bitmap::brightnessAt(redAlpha.cast(VIPS_FORMAT_UCHAR), 0, 1), 255);
+    // Rows are counted from the first row of the data, as stored.
+    const Image gradient = test::gradientImage(10, 20);
+    EXPECT_EQ(bitmap::brightnessAt(gradient.pixels(), 7, 3), 7);
+    EXPECT_EQ(bitmap::brightnessAt(gradient.pixels(), 10, 3), 0);
+    EXPECT_EQ(bitmap::brightnessAt(VImage(), 0, 0), 0);
+}
+
+}  // namespace
+}  // namespace marigold

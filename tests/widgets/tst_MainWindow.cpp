@@ -1,0 +1,123 @@
+#include <QAction>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "core/AppController.h"
+#include "core/MainWindow.h"
+#include "output/OutputImageView.h"
+#include "platform/VipsRuntime.h"
+#include "selection/InputImageView.h"
+#include "support/BadFiles.h"
+#include "support/TestImages.h"
+
+using namespace marigold;
+
+class TestMainWindow : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir dir;
+    Defaults* defaults = nullptr;
+    AppController* controller = nullptr;
+    MainWindow* window = nullptr;
+
+    QAction* editAction(const QString& prefix) {
+        for (QAction* menu : window->menuBar()->actions()) {
+            for (QAction* action : menu->menu()->actions()) {
+                if (action->text().startsWith(prefix)) return action;
+            }
+        }
+        return nullptr;
+    }
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(startVips("tst_MainWindow")); }
+
+    void init() {
+        defaults = new Defaults(dir.filePath(QStringLiteral("settings.ini")));
+        controller = new AppController(*defaults);
+        window = new MainWindow(*controller);
+        window->resize(1000, 700);
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        controller->applicationDidFinishLaunching();
+    }
+
+    void cleanup() {
+        delete window;
+        delete controller;
+        delete defaults;
+        QFile::remove(dir.filePath(QStringLiteral("settings.ini")));
+    }
+
+    void panesAreEqualAndNeverNarrowerThan300() {
+        const QList<int> sizes = window->splitter()->sizes();
+        QVERIFY(qAbs(sizes[0] - sizes[1]) <= 1);
+        window->splitter()->setSizes({50, 2000});
+        QVERIFY(window->splitter()->sizes()[0] >= MainWindow::kMinimumPaneWidth);
+        window->resize(1200, 700);
+        QTest::qWait(20);
+        const QList<int> after = window->splitter()->sizes();
+        QVERIFY2(qAbs(after[0] - after[1]) <= 1, "a window resize re-centres the divider");
+    }
+
+    void openingShowsNameAndOutputFollowsSelection() {
+        const QString path =
+            test::writeJpeg(test::gradientImage(640, 480), dir.path(), QStringLiteral("beach.jpg"));
+        QVERIFY(controller->openFile(path));
+        auto* name = window->findChild<QLineEdit*>(QStringLiteral("filenameTextField"));
+        QCOMPARE(name->text(), QStringLiteral("beach"));
+        QVERIFY(window->outputView()->image().isNull());
+        controller->selectAll();
+        QCOMPARE(controller->pixelWidth(), 640);
+        auto* widthField = window->findChild<QLineEdit*>(QStringLiteral("pixelWidthField"));
+        QCOMPARE(widthField->text(), QStringLiteral("640"));
+    }
+
+    void undoMenuNamesTheStep() {
+        controller->openFile(
+            test::writeJpeg(test::gradientImage(64, 64), dir.path(), QStringLiteral("a.jpg")));
+        QTest::qWait(10);
+        QCOMPARE(editAction(QStringLiteral("Undo"))->text(), QStringLiteral("Undo"));
+        QVERIFY(!editAction(QStringLiteral("Undo"))->isEnabled());
+        controller->selectAll();
+        QTest::qWait(10);
+        QAction* undo = editAction(QStringLiteral("Undo"));
+        QCOMPARE(undo->text(), QStringLiteral("Undo Crop Selection"));
+        undo->trigger();
+        QCOMPARE(editAction(QStringLiteral("Redo"))->text(), QStringLiteral("Redo Crop Selection"));
+        QVERIFY(window->inputView()->marquee().deselected());
+    }
+
+    void typedPercentSnapsInTheField() {
+        controller->openFile(
+            test::writeJpeg(test::gradientImage(100, 80), dir.path(), QStringLiteral("b.jpg")));
+        controller->selectAll();
+        auto* percent = window->findChild<QLineEdit*>(QStringLiteral("scalePercentField"));
+        percent->setFocus();
+        percent->selectAll();
+        QTest::keyClicks(percent, QStringLiteral("250"));
+        QTest::keyClick(percent, Qt::Key_Return);
+        QTest::qWait(20);
+        QCOMPARE(percent->text(), QStringLiteral("200"));
+        QCOMPARE(controller->pixelWidth(), 200);
+    }
+
+    void badFilesChangeNothing() {
+        controller->openFile(
+            test::writeJpeg(test::gradientImage(120, 90), dir.path(), QStringLiteral("c.jpg")));
+        controller->selectAll();
+        for (const test::BadFile& bad : test::badImageFiles(dir.path())) {
+            QVERIFY2(!controller->openFile(bad.path), bad.fault);
+            QCOMPARE(window->inputView()->image().pixelsWide(), 120);
+            QCOMPARE(controller->pixelWidth(), 120);
+            QCOMPARE(window->findChild<QLineEdit*>(QStringLiteral("filenameTextField"))->text(),
+                     QStringLiteral("c"));
+        }
+    }
+};
+
+QTEST_MAIN(TestMainWindow)
+#include "tst_MainWindow.moc"
