@@ -5,6 +5,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <vips/vips8>
 
@@ -56,9 +57,7 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     _splitter->setChildrenCollapsible(false);
     _splitter->addWidget(_inputView);
     _splitter->addWidget(_outputScroll);
-    connect(_splitter, &QSplitter::splitterMoved, &_controller, [this] {
-        _controller.updatePreview();
-    });
+    connect(_splitter, &QSplitter::splitterMoved, this, &MainWindow::_previewAfterLayout);
 
     _nameField = new QLineEdit(_controller.documentName());
     _nameField->setObjectName(QStringLiteral("filenameTextField"));
@@ -136,7 +135,17 @@ void MainWindow::open() {
 void MainWindow::resizeEvent(QResizeEvent* event) {
     QMainWindow::resizeEvent(event);
     _equalisePanes();
-    _controller.updatePreview();
+    _previewAfterLayout();
+}
+
+void MainWindow::_previewAfterLayout() {
+    // A resize sends many events in one pass; one preview after them is enough.
+    if (_previewPending) return;
+    _previewPending = true;
+    QTimer::singleShot(0, this, [this] {
+        _previewPending = false;
+        _controller.updatePreview();
+    });
 }
 
 void MainWindow::_equalisePanes() {

@@ -42,6 +42,7 @@ private:
     void _buildMenus();
     void _updateUndoTitles();
     void _equalisePanes();
+    void _previewAfterLayout();
 
     AppController& _controller;
     InputImageView* _inputView;
@@ -52,6 +53,7 @@ private:
     OutputControls* _outputControls;
     QAction* _undoAction = nullptr;
     QAction* _redoAction = nullptr;
+    bool _previewPending = false;
 };
 
 }  // namespace marigold

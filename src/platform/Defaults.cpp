@@ -9,11 +9,7 @@
 #include <limits>
 #include <optional>
 
-// Resources compiled into a static library are only registered when asked; the macro must be
-// used outside any namespace.
-static void initMarigoldResources() {
-    Q_INIT_RESOURCE(resources);
-}
+#include "platform/Resources.h"
 
 namespace marigold {
 
@@ -152,8 +148,7 @@ void Defaults::registerDefaults(const QVariantMap& values) {
 }
 
 QVariantMap Defaults::factoryDefaults() {
-    static const bool registered = (initMarigoldResources(), true);
-    Q_UNUSED(registered);
+    initResources();
     QFile file(QStringLiteral(":/FactoryDefaults.json"));
     if (!file.open(QIODevice::ReadOnly)) {
         qWarning("marigold: the built-in factory defaults are missing");

@@ -1,5 +1,7 @@
 #include "platform/Image.h"
 
+#include "platform/PyramidLevel.h"
+
 #include <algorithm>
 #include <mutex>
 #include <vector>
@@ -141,14 +143,7 @@ Image Image::levelWithAtLeast(int minPixelsWide, int minPixelsHigh) const {
     while (int(pyramid.levels.size()) < depth) {
         const vips::VImage& above =
             pyramid.levels.empty() ? _data->pixels : pyramid.levels.back();
-        vips::VImage reduced;
-        if (_data->opaque) {
-            reduced = above.shrink(2, 2);
-        } else {
-            // Average colours weighted by alpha so transparent pixels do not darken edges.
-            reduced = above.premultiply().shrink(2, 2).unpremultiply().cast(VIPS_FORMAT_UCHAR);
-        }
-        pyramid.levels.push_back(reduced.copy_memory());
+        pyramid.levels.push_back(halveRgba(above, _data->opaque));
     }
     auto data = std::make_shared<Data>();
     data->pixels = pyramid.levels[depth - 1];

@@ -1,0 +1,30 @@
+#!/usr/bin/env bash
+# `marigold FILE` with a file that is not a usable image says why in one line on standard
+# error and still opens its window (offscreen here) rather than crashing.
+set -euo pipefail
+APP=$1
+tmp=$(mktemp -d)
+trap 'rm -rf "$tmp"' EXIT
+export XDG_CONFIG_HOME="$tmp/config" QT_QPA_PLATFORM=offscreen
+
+printf 'plain text\n' >"$tmp/notes.jpg"
+convert -size 640x480 plasma:fractal "$tmp/whole.jpg"
+head -c 20000 "$tmp/whole.jpg" >"$tmp/cut.jpg"
+: >"$tmp/empty.png"
+
+for file in "$tmp/notes.jpg" "$tmp/cut.jpg" "$tmp/empty.png" "$tmp/missing.png"; do
+    "$APP" "$file" 2>"$tmp/err" &
+    pid=$!
+    sleep 2
+    kill -0 "$pid" 2>/dev/null || { echo "FAIL: marigold ended on $file" >&2; exit 1; }
+    kill "$pid"
+    wait "$pid" 2>/dev/null || true
+    lines=$(grep -c "^marigold: $file: ." "$tmp/err" || true)
+    if [ "$lines" -ne 1 ]; then
+        echo "FAIL: expected one reason line for $file, got:" >&2
+        cat "$tmp/err" >&2
+        exit 1
+    fi
+    echo "ok: $(grep "^marigold: " "$tmp/err")"
+done
+echo PASS

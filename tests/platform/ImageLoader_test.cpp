@@ -1,0 +1,122 @@
+#include "platform/ImageLoader.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "support/BadFiles.h"
+#include "support/TestImages.h"
+
+namespace marigold {
+namespace {
+
+using test::Rgba;
+
+class ImageLoaderTest : public ::testing::Test {
+protected:
+    QString path(const char* name) const { return dir.filePath(QString::fromUtf8(name)); }
+    // Runs ImageMagick to make a test file, as an outside tool would.
+    QString magick(const QString& args, const char* name) {
+        const QString out = path(name);
+        const int status = std::system(qPrintable(QStringLiteral("convert %1 '%2'").arg(args, out)));
+        EXPECT_EQ(status, 0) << "convert failed for " << name;
+        return out;
+    }
+    QTemporaryDir dir;
+};
+
+TEST_F(ImageLoaderTest, BadFilesAreRefusedWithOneLineReasons) {
+    for (const test::BadFile& bad : test::badImageFiles(dir.path())) {
+        const LoadedImage loaded = loadImageFile(bad.path);
+        EXPECT_TRUE(loaded.image.isNull()) << bad.fault;
+        EXPECT_FALSE(loaded.error.isEmpty()) << bad.fault;
+        EXPECT_FALSE(loaded.error.contains(QLatin1Char('\n'))) << bad.fault;
+    }
+}
+
+TEST_F(ImageLoaderTest, EveryLayoutBecomesRgbaSrgb) {
+    struct Case {
+        const char* name;
+        QString args;
+        Rgba expected;  // pixel (0, 0)
+        bool opaque;
+    };
+    const std::vector<Case> cases = {
+        {"grey.png", QStringLiteral("-size 8x8 xc:'gray(40%)' -colorspace Gray -depth 8"),
+         {102, 102, 102, 255}, true},
+        {"grey-alpha.png", QStringLiteral("-size 8x8 xc:'graya(40%,0.5)' -colorspace Gray"),
+         {102, 102, 102, 128}, false},
+        {"rgba.png", QStringLiteral("-size 8x8 xc:'rgba(10,200,30,0.25)'"), {10, 200, 30, 64},
+         false},
+        {"deep.tif", QStringLiteral("-size 8x8 xc:'rgb(255,128,0)' -depth 16"), {255, 128, 0, 255},
+         true},
+        {"palette.gif", QStringLiteral("-size 8x8 xc:'rgb(0,0,255)'"), {0, 0, 255, 255}, true},
+        {"cmyk.jpg", QStringLiteral("-size 8x8 xc:'cmyk(0,255,255,0)' -quality 100"),
+         {255, 0, 0, 255}, true},
+    };
+    for (const Case& c : cases) {
+        const LoadedImage loaded = loadImageFile(magick(c.args, c.name));
+        ASSERT_FALSE(loaded.image.isNull()) << c.name << ": " << loaded.error.toStdString();
+        EXPECT_EQ(loaded.image.pixels().bands(), 4) << c.name;
+        EXPECT_EQ(loaded.image.pixels().format(), VIPS_FORMAT_UCHAR) << c.name;
+        const Rgba p = test::pixelAt(loaded.image, 0, 0);
+        // CMYK goes through a colour profile: allow its rounding, not a wrong channel.
+        const int tolerance = QString::fromUtf8(c.name).startsWith(QLatin1String("cmyk")) ? 60 : 1;
+        EXPECT_NEAR(p.r, c.expected.r, tolerance) << c.name;
+        EXPECT_NEAR(p.g, c.expected.g, tolerance) << c.name;
+        EXPECT_NEAR(p.b, c.expected.b, tolerance) << c.name;
+        EXPECT_NEAR(p.a, c.expected.a, 1) << c.name;
+        EXPECT_EQ(loaded.image.isOpaque(), c.opaque) << c.name;
+        EXPECT_EQ(loaded.image.size(), (SizeF{8, 8})) << c.name;
+    }
+}
+
+TEST_F(ImageLoaderTest, EmbeddedProfileIsConvertedToSrgb) {
+    // The same red stored in Display P3 numbers, with the P3 profile embedded: it must come
+    // back as sRGB red, not as the raw (smaller) P3 numbers.
+    vips::VImage red = vips::VImage::black(16, 16).new_from_image({255, 0, 0})
+                           .cast(VIPS_FORMAT_UCHAR)
+                           .copy(vips::VImage::option()->set("interpretation",
+                                                              VIPS_INTERPRETATION_sRGB));
+    vips::VImage p3 = red.icc_transform("p3", vips::VImage::option()
+                                                  ->set("input_profile", "srgb")
+                                                  ->set("embedded", false));
+    const QString file = path("p3.png");
+    p3.pngsave(file.toLocal8Bit().constData());
+    ASSERT_NE(p3.getpoint(0, 0)[0], 255.0) << "P3 numbers of sRGB red differ from it";
+
+    const LoadedImage loaded = loadImageFile(file);
+    ASSERT_FALSE(loaded.image.isNull()) << loaded.error.toStdString();
+    const Rgba p = test::pixelAt(loaded.image, 3, 3);
+    EXPECT_NEAR(p.r, 255, 3);
+    EXPECT_NEAR(p.g, 0, 3);
+    EXPECT_NEAR(p.b, 0, 3);
+}
+
+TEST_F(ImageLoaderTest, PixelsAreDecodedAsStored) {
+    // Orientation tags are not applied: the first stored row stays the first row.
+    const Image source = test::gradientImage(64, 32);
+    const QString file = dir.filePath(QStringLiteral("rotated.png"));
+    source.pixels().pngsave(file.toLocal8Bit().constData());
+    const LoadedImage loaded = loadImageFile(file);
+    ASSERT_FALSE(loaded.image.isNull());
+    EXPECT_EQ(test::pixelAt(loaded.image, 5, 9), test::pixelAt(source, 5, 9));
+}
+
+TEST_F(ImageLoaderTest, ClipboardDataDecodesLikeFiles) {
+    const QString file = test::writeJpeg(test::gradientImage(40, 30), dir.path(),
+                                         QStringLiteral("clip.jpg"));
+    QFile in(file);
+    ASSERT_TRUE(in.open(QIODevice::ReadOnly));
+    const QByteArray bytes = in.readAll();
+    const LoadedImage loaded = loadImageData(bytes);
+    ASSERT_FALSE(loaded.image.isNull()) << loaded.error.toStdString();
+    EXPECT_EQ(loaded.image.pixelsWide(), 40);
+    EXPECT_TRUE(loadImageData(bytes.left(bytes.size() / 3)).image.isNull());
+    EXPECT_TRUE(loadImageData("not an image").image.isNull());
+    EXPECT_TRUE(loadImageData({}).image.isNull());
+}
+
+}  // namespace
+}  // namespace marigold
