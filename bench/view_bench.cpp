@@ -38,7 +38,14 @@ void BM_OpenJpegUntilDisplayed(benchmark::State& state) {
     const QString path = photoPath();
     for (auto _ : state) {
         if (!session.controller.openFile(path)) state.SkipWithError("open failed");
-        session.window.inputView()->repaint();
+        InputImageView& view = *session.window.inputView();
+        QImage target(view.size(), QImage::Format_ARGB32_Premultiplied);
+        view.render(&target);
+        // The full-size decode finishes in the background after the picture is shown; let
+        // it finish outside the measurement so the next open does not compete with it.
+        state.PauseTiming();
+        view.image().pixels();
+        state.ResumeTiming();
     }
 }
 BENCHMARK(BM_OpenJpegUntilDisplayed)->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -47,7 +54,9 @@ void BM_InputPaintDuringDrag(benchmark::State& state) {
     Session session;
     session.controller.openFile(photoPath());
     InputImageView& view = *session.window.inputView();
-    view.repaint();
+    // Rendering into an image runs the real paint code; the offscreen window would not.
+    QImage target(view.size(), QImage::Format_ARGB32_Premultiplied);
+    view.render(&target);
     const RectF b = view.imageBounds();
     Marquee marquee;
     int frame = 0;
@@ -57,7 +66,7 @@ void BM_InputPaintDuringDrag(benchmark::State& state) {
         marquee.setStartAndEndPoint({b.x + 10, b.y + 10}, b);
         marquee.setEndPoint({b.x + b.width * f, b.y + b.height * f}, b);
         view.editMarqueeWithoutUndo(marquee);
-        view.repaint();
+        view.render(&target);
     }
 }
 BENCHMARK(BM_InputPaintDuringDrag)->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -68,6 +77,8 @@ void BM_DragFrameWithLivePreview(benchmark::State& state) {
     Session session;
     session.controller.openFile(photoPath());
     InputImageView& view = *session.window.inputView();
+    QImage inputTarget(view.size(), QImage::Format_ARGB32_Premultiplied);
+    QImage outputTarget(session.window.outputView()->size(), QImage::Format_ARGB32_Premultiplied);
     const RectF b = view.imageBounds();
     Marquee marquee;
     int frame = 0;
@@ -77,8 +88,8 @@ void BM_DragFrameWithLivePreview(benchmark::State& state) {
         marquee.setEndPoint({b.x + b.width * f, b.y + b.height * f}, b);
         view.editMarqueeWithoutUndo(marquee);
         session.controller.updatePreviewFast(true);
-        view.repaint();
-        session.window.outputView()->repaint();
+        view.render(&inputTarget);
+        session.window.outputView()->render(&outputTarget);
     }
 }
 BENCHMARK(BM_DragFrameWithLivePreview)->Unit(benchmark::kMillisecond)->UseRealTime();

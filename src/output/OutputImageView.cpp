@@ -53,10 +53,11 @@ void OutputImageView::clearCache() {
 }
 
 QSize OutputImageView::displayPixelLimit() const {
-    const QRectF r = imageRect();
+    // The visible area, not the current image: the next output may be larger than this one.
+    const QSize area = parentWidget() ? parentWidget()->size() : size();
     const qreal ratio = devicePixelRatioF();
-    return QSize(std::max(1, int(std::ceil(r.width() * ratio))),
-                 std::max(1, int(std::ceil(r.height() * ratio))));
+    return QSize(std::max(1, int(std::ceil(area.width() * ratio))),
+                 std::max(1, int(std::ceil(area.height() * ratio))));
 }
 
 QRectF OutputImageView::imageRect() const {

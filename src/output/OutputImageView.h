@@ -27,7 +27,7 @@ public:
     // Forgets the file written for the current output (its size text goes with it).
     void clearCache();
     bool isCached() const { return _cached; }
-    // Device pixels the output can occupy on screen: what a preview needs at most.
+    // Device pixels of the area the output is shown in: what a preview needs at most.
     QSize displayPixelLimit() const;
     // Where the image is drawn, in widget coordinates.
     QRectF imageRect() const;

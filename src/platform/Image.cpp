@@ -3,6 +3,7 @@
 #include "platform/PyramidLevel.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <mutex>
 #include <vector>
 
@@ -48,8 +49,37 @@ vips::VImage toRgba(vips::VImage in, bool* opaque) {
 
 }  // namespace
 
-struct Image::Data {
+// The full-resolution pixels: there at once, or still being decoded on another thread.
+struct Image::Source {
+    std::mutex lock;
     vips::VImage pixels;
+    std::shared_future<vips::VImage> pending;
+    vips::VImage fallback;  // the half-size decode, used if the full decode fails late
+    int width = 0;
+    int height = 0;
+
+    const vips::VImage& resolved() {
+        std::lock_guard guard(lock);
+        if (pending.valid()) {
+            try {
+                pixels = pending.get();
+            } catch (const vips::VError& error) {
+                std::fprintf(stderr, "marigold: full-size decode failed: %s\n", error.what());
+                pixels = fallback.resize(2.0)
+                             .embed(0, 0, width, height,
+                                    vips::VImage::option()->set("extend", VIPS_EXTEND_COPY))
+                             .cast(VIPS_FORMAT_UCHAR)
+                             .copy_memory();
+            }
+            pending = {};
+            fallback = {};
+        }
+        return pixels;
+    }
+};
+
+struct Image::Data {
+    std::shared_ptr<Source> source;
     SizeF size;
     bool opaque = true;
     // Reduced copies, shared by every Image made from the same pixels.
@@ -58,19 +88,47 @@ struct Image::Data {
         std::vector<vips::VImage> levels;
     };
     std::shared_ptr<Pyramid> pyramid = std::make_shared<Pyramid>();
+
+    static std::shared_ptr<Data> of(const vips::VImage& memoryPixels, bool opaque) {
+        auto data = std::make_shared<Data>();
+        data->source = std::make_shared<Source>();
+        data->source->pixels = memoryPixels;
+        data->source->width = memoryPixels.width();
+        data->source->height = memoryPixels.height();
+        data->opaque = opaque;
+        data->size = {float(memoryPixels.width()), float(memoryPixels.height())};
+        return data;
+    }
 };
 
+vips::VImage Image::normalisedPixels(const vips::VImage& any, bool* opaque) {
+    return toRgba(toSrgb(any), opaque).copy_memory();
+}
+
 Image Image::fromVips(const vips::VImage& any) {
+    bool opaque = true;
+    const vips::VImage pixels = normalisedPixels(any, &opaque);
+    return Image(Data::of(pixels, opaque));
+}
+
+Image Image::fromPendingDecode(int pixelsWide, int pixelsHigh,
+                               std::shared_future<vips::VImage> pending,
+                               const vips::VImage& halfLevel, bool opaque) {
     auto data = std::make_shared<Data>();
-    data->pixels = toRgba(toSrgb(any), &data->opaque).copy_memory();
-    data->size = {float(data->pixels.width()), float(data->pixels.height())};
+    data->source = std::make_shared<Source>();
+    data->source->pending = std::move(pending);
+    data->source->fallback = halfLevel;
+    data->source->width = pixelsWide;
+    data->source->height = pixelsHigh;
+    data->opaque = opaque;
+    data->size = {float(pixelsWide), float(pixelsHigh)};
+    data->pyramid->levels.push_back(halfLevel);
     return Image(std::move(data));
 }
 
 Image Image::fromQImage(const QImage& image) {
     if (image.isNull()) return {};
     const QImage rgba = image.convertToFormat(QImage::Format_RGBA8888);
-    auto data = std::make_shared<Data>();
     // QImage rows may be padded; copy row by row into a packed buffer.
     std::vector<uchar> packed(size_t(rgba.width()) * rgba.height() * 4);
     for (int y = 0; y < rgba.height(); ++y) {
@@ -80,15 +138,19 @@ Image Image::fromQImage(const QImage& image) {
     VipsImage* copied = vips_image_new_from_memory_copy(packed.data(), packed.size(), rgba.width(),
                                                         rgba.height(), 4, VIPS_FORMAT_UCHAR);
     if (!copied) throw vips::VError();
-    data->pixels = vips::VImage(copied).copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
-    data->pixels = data->pixels.copy_memory();
-    data->opaque = !image.hasAlphaChannel();
-    data->size = {float(rgba.width()), float(rgba.height())};
-    return Image(std::move(data));
+    const vips::VImage pixels =
+        vips::VImage(copied)
+            .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB))
+            .copy_memory();
+    return Image(Data::of(pixels, !image.hasAlphaChannel()));
 }
 
-int Image::pixelsWide() const { return _data ? _data->pixels.width() : 0; }
-int Image::pixelsHigh() const { return _data ? _data->pixels.height() : 0; }
+Image Image::fromRgba(const vips::VImage& rgba, bool opaque) {
+    return Image(Data::of(rgba.copy_memory(), opaque));
+}
+
+int Image::pixelsWide() const { return _data ? _data->source->width : 0; }
+int Image::pixelsHigh() const { return _data ? _data->source->height : 0; }
 SizeF Image::size() const { return _data ? _data->size : SizeF{}; }
 bool Image::isOpaque() const { return !_data || _data->opaque; }
 
@@ -99,23 +161,15 @@ Image Image::withSize(SizeF size) const {
     return Image(std::move(data));
 }
 
-Image Image::fromRgba(const vips::VImage& rgba, bool opaque) {
-    auto data = std::make_shared<Data>();
-    data->pixels = rgba.copy_memory();
-    data->opaque = opaque;
-    data->size = {float(data->pixels.width()), float(data->pixels.height())};
-    return Image(std::move(data));
-}
-
 const vips::VImage& Image::pixels() const {
     static const vips::VImage empty;
-    return _data ? _data->pixels : empty;
+    return _data ? _data->source->resolved() : empty;
 }
 
 QImage Image::toQImage() const {
     if (!_data) return {};
     // Zero copy: the QImage borrows libvips' packed memory and holds a reference to it.
-    VipsImage* held = _data->pixels.get_image();
+    VipsImage* held = pixels().get_image();
     g_object_ref(held);
     const auto* bits = static_cast<const uchar*>(vips_image_get_data(held));
     return QImage(bits, pixelsWide(), pixelsHigh(), pixelsWide() * 4, QImage::Format_RGBA8888,
@@ -141,15 +195,11 @@ Image Image::levelWithAtLeast(int minPixelsWide, int minPixelsHigh) const {
     Data::Pyramid& pyramid = *_data->pyramid;
     std::lock_guard guard(pyramid.lock);
     while (int(pyramid.levels.size()) < depth) {
-        const vips::VImage& above =
-            pyramid.levels.empty() ? _data->pixels : pyramid.levels.back();
+        const vips::VImage& above = pyramid.levels.empty() ? pixels() : pyramid.levels.back();
         pyramid.levels.push_back(halveRgba(above, _data->opaque));
     }
-    auto data = std::make_shared<Data>();
-    data->pixels = pyramid.levels[depth - 1];
-    data->opaque = _data->opaque;
+    auto data = Data::of(pyramid.levels[depth - 1], _data->opaque);
     data->size = _data->size;
-    data->pyramid = std::make_shared<Data::Pyramid>();
     return Image(std::move(data));
 }
 

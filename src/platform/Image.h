@@ -1,5 +1,6 @@
 #pragma once
 
+#include <future>
 #include <memory>
 #include <vips/vips8>
 
@@ -22,6 +23,15 @@ public:
     // Takes any libvips image, converts it to 8-bit RGBA sRGB and renders it into memory.
     static Image fromVips(const vips::VImage& any);
     static Image fromQImage(const QImage& image);
+    // An image whose full-resolution pixels (already normalised) are still being decoded on
+    // another thread; `halfLevel` is its first reduced level, usable at once. Everything
+    // but reading the full-resolution pixels proceeds without waiting for the decode.
+    static Image fromPendingDecode(int pixelsWide, int pixelsHigh,
+                                   std::shared_future<vips::VImage> pending,
+                                   const vips::VImage& halfLevel, bool opaque);
+    // Any libvips image as 8-bit RGBA sRGB pixels in memory; `opaque` tells whether the
+    // source had no alpha.
+    static vips::VImage normalisedPixels(const vips::VImage& any, bool* opaque);
     // Pixels already RGBA uchar sRGB (as the processing operations make them); rendered
     // into memory. Size in points = pixel size.
     static Image fromRgba(const vips::VImage& rgba, bool opaque);
@@ -36,7 +46,7 @@ public:
     // False when some pixel may be transparent; resampling must then weight by alpha.
     bool isOpaque() const;
 
-    // The RGBA uchar sRGB pixels, y-down as libvips keeps them.
+    // The RGBA uchar sRGB pixels, y-down as libvips keeps them (waits for a pending decode).
     const vips::VImage& pixels() const;
     QImage toQImage() const;
 
@@ -48,6 +58,7 @@ public:
     int levelFactorFor(int minPixelsWide, int minPixelsHigh) const;
 
 private:
+    struct Source;
     struct Data;
     explicit Image(std::shared_ptr<Data> data) : _data(std::move(data)) {}
     std::shared_ptr<Data> _data;

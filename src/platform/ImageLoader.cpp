@@ -1,18 +1,25 @@
 #include "platform/ImageLoader.h"
 
 #include <QFileInfo>
+#include <future>
 
 namespace marigold {
 
 namespace {
 
-LoadedImage decode(vips::VImage header) {
+// JPEGs this large decode in parallel (see decodeJpegInParallel).
+constexpr long long kParallelJpegPixels = 4'000'000;
+
+QString tooLarge(const vips::VImage& header) {
     const long long pixels = (long long)header.width() * header.height();
-    if (pixels > kMaxImagePixels) {
-        return {{}, QStringLiteral("image is too large (%1 x %2 pixels)")
-                        .arg(header.width())
-                        .arg(header.height())};
-    }
+    if (pixels <= kMaxImagePixels) return {};
+    return QStringLiteral("image is too large (%1 x %2 pixels)")
+        .arg(header.width())
+        .arg(header.height());
+}
+
+LoadedImage decode(vips::VImage header) {
+    if (QString reason = tooLarge(header); !reason.isEmpty()) return {{}, reason};
     return {Image::fromVips(header), {}};
 }
 
@@ -29,6 +36,25 @@ QString firstLine(const char* message) {
     return text.section(QLatin1Char('\n'), 0, 0);
 }
 
+// Entropy decoding makes a large JPEG slow to decode (about 0.4 s for 24 megapixels here) and
+// it cannot be split. So the idle core decodes at half size through DCT scaling (about 40%
+// faster), which is enough to show the picture and to preview from, while the full
+// resolution completes in the background; only reading the full pixels waits for it. A
+// damaged file fails the half-size decode too, so failures are still reported at open.
+Image decodeJpegInParallel(const QByteArray& name, const vips::VImage& header) {
+    std::shared_future<vips::VImage> full =
+        std::async(std::launch::async, [name] {
+            bool opaque = true;
+            return Image::normalisedPixels(
+                vips::VImage::new_from_file(name.constData(), loadOptions()), &opaque);
+        }).share();
+    bool opaque = true;
+    const vips::VImage half = Image::normalisedPixels(
+        vips::VImage::new_from_file(name.constData(), loadOptions()->set("shrink", 2)), &opaque);
+    return Image::fromPendingDecode(header.width(), header.height(), std::move(full), half,
+                                    opaque);
+}
+
 }  // namespace
 
 LoadedImage loadImageFile(const QString& path) {
@@ -42,7 +68,14 @@ LoadedImage loadImageFile(const QString& path) {
         return {{}, QStringLiteral("not an image file")};
     }
     try {
-        return decode(vips::VImage::new_from_file(name.constData(), loadOptions()));
+        vips::VImage header = vips::VImage::new_from_file(name.constData(), loadOptions());
+        if (QString reason = tooLarge(header); !reason.isEmpty()) return {{}, reason};
+        const char* loader = vips_foreign_find_load(name.constData());
+        if (loader && QByteArray(loader).startsWith("VipsForeignLoadJpeg") &&
+            (long long)header.width() * header.height() >= kParallelJpegPixels) {
+            return {decodeJpegInParallel(name, header), {}};
+        }
+        return decode(header);
     } catch (const vips::VError& error) {
         vips_error_clear();
         return {{}, firstLine(error.what())};

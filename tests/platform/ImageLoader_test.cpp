@@ -94,6 +94,36 @@ TEST_F(ImageLoaderTest, EmbeddedProfileIsConvertedToSrgb) {
     EXPECT_NEAR(p.b, 0, 3);
 }
 
+TEST_F(ImageLoaderTest, LargeJpegsDecodeInParallelToTheSamePixels) {
+    const QString file = test::writeJpeg(test::photoLikeImage(2500, 1700), dir.path(),
+                                         QStringLiteral("large.jpg"));
+    const LoadedImage loaded = loadImageFile(file);
+    ASSERT_FALSE(loaded.image.isNull()) << loaded.error.toStdString();
+    EXPECT_EQ(loaded.image.pixelsWide(), 2500);
+    EXPECT_EQ(loaded.image.size(), (SizeF{2500, 1700}));
+    // The half level is usable before the full pixels are asked for, and is a faithful
+    // reduction of them.
+    const Image half = loaded.image.levelWithAtLeast(1250, 850);
+    EXPECT_EQ(half.pixelsWide(), 1250);
+    const vips::VImage direct =
+        vips::VImage::new_from_file(file.toLocal8Bit().constData()).bandjoin_const({255});
+    EXPECT_EQ((loaded.image.pixels() - direct).abs().max(), 0.0) << "full pixels are exact";
+    const vips::VImage boxed = direct.shrink(2, 2);
+    EXPECT_LT((half.pixels().cast(VIPS_FORMAT_INT) - boxed.cast(VIPS_FORMAT_INT)).abs().avg(),
+              4.0);
+
+    QFile whole(file);
+    ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
+    const QByteArray bytes = whole.readAll();
+    QFile cut(dir.filePath(QStringLiteral("large-cut.jpg")));
+    ASSERT_TRUE(cut.open(QIODevice::WriteOnly));
+    cut.write(bytes.left(bytes.size() * 2 / 3));
+    cut.close();
+    const LoadedImage truncated = loadImageFile(cut.fileName());
+    EXPECT_TRUE(truncated.image.isNull());
+    EXPECT_FALSE(truncated.error.isEmpty());
+}
+
 TEST_F(ImageLoaderTest, PixelsAreDecodedAsStored) {
     // Orientation tags are not applied: the first stored row stays the first row.
     const Image source = test::gradientImage(64, 32);

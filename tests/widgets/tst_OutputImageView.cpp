@@ -58,6 +58,19 @@ private Q_SLOTS:
         QVERIFY(view->width() <= 300);
     }
 
+    void previewLimitIsTheVisibleAreaNotTheLastImage() {
+        QScrollArea scroll;
+        auto* view = new OutputImageView;
+        scroll.setWidget(view);
+        scroll.setWidgetResizable(true);
+        scroll.resize(320, 240);
+        scroll.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&scroll));
+        view->setImage(test::gradientImage(20, 10));
+        const QSize limit = view->displayPixelLimit();
+        QCOMPARE(limit, scroll.viewport()->size() * view->devicePixelRatio());
+    }
+
     void paintsTheImage() {
         OutputImageView view;
         view.resize(200, 200);
