@@ -6,23 +6,9 @@ namespace marigold {
 
 namespace {
 
-void halveOpaque(const uint8_t* src, int w, int h, uint8_t* dst) {
-    const int ow = w / 2, oh = h / 2;
-    const size_t stride = size_t(w) * 4;
-    for (int y = 0; y < oh; ++y) {
-        const uint8_t* r0 = src + size_t(2 * y) * stride;
-        const uint8_t* r1 = r0 + stride;
-        uint8_t* out = dst + size_t(y) * ow * 4;
-        for (int x = 0; x < ow * 4; x += 4) {
-            const int i = 2 * x;
-            for (int c = 0; c < 4; ++c) {
-                out[x + c] = uint8_t((r0[i + c] + r0[i + 4 + c] + r1[i + c] + r1[i + 4 + c] + 2) >> 2);
-            }
-        }
-    }
-}
-
-void halveWeighted(const uint8_t* src, int w, int h, uint8_t* dst) {
+// Calls block(top-left, top-right, bottom-left, bottom-right, out) for every output pixel.
+template <typename Block>
+void forEachBlock(const uint8_t* src, int w, int h, uint8_t* dst, Block block) {
     const int ow = w / 2, oh = h / 2;
     const size_t stride = size_t(w) * 4;
     for (int y = 0; y < oh; ++y) {
@@ -30,16 +16,30 @@ void halveWeighted(const uint8_t* src, int w, int h, uint8_t* dst) {
         const uint8_t* r1 = r0 + stride;
         uint8_t* out = dst + size_t(y) * ow * 4;
         for (int x = 0; x < ow; ++x) {
-            const uint8_t* p[4] = {r0 + 8 * x, r0 + 8 * x + 4, r1 + 8 * x, r1 + 8 * x + 4};
-            const int alpha = p[0][3] + p[1][3] + p[2][3] + p[3][3];
-            for (int c = 0; c < 3; ++c) {
-                const int weighted =
-                    p[0][c] * p[0][3] + p[1][c] * p[1][3] + p[2][c] * p[2][3] + p[3][c] * p[3][3];
-                out[4 * x + c] = alpha ? uint8_t((weighted + alpha / 2) / alpha) : 0;
-            }
-            out[4 * x + 3] = uint8_t((alpha + 2) >> 2);
+            block(r0 + 8 * x, r0 + 8 * x + 4, r1 + 8 * x, r1 + 8 * x + 4, out + 4 * x);
         }
     }
+}
+
+void halveOpaque(const uint8_t* src, int w, int h, uint8_t* dst) {
+    forEachBlock(
+        src, w, h, dst,
+        [](const uint8_t* a, const uint8_t* b, const uint8_t* c, const uint8_t* d, uint8_t* out) {
+            for (int i = 0; i < 4; ++i) out[i] = uint8_t((a[i] + b[i] + c[i] + d[i] + 2) >> 2);
+        });
+}
+
+void halveWeighted(const uint8_t* src, int w, int h, uint8_t* dst) {
+    forEachBlock(
+        src, w, h, dst,
+        [](const uint8_t* a, const uint8_t* b, const uint8_t* c, const uint8_t* d, uint8_t* out) {
+            const int alpha = a[3] + b[3] + c[3] + d[3];
+            for (int i = 0; i < 3; ++i) {
+                const int weighted = a[i] * a[3] + b[i] * b[3] + c[i] * c[3] + d[i] * d[3];
+                out[i] = alpha ? uint8_t((weighted + alpha / 2) / alpha) : 0;
+            }
+            out[3] = uint8_t((alpha + 2) >> 2);
+        });
 }
 
 }  // namespace

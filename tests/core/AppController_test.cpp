@@ -54,48 +54,41 @@ protected:
     bool answerDontShowAgain = false;
 };
 
+// A typed number in one of the two text-checked fields.
 struct TextCase {
+    bool quality;  // the quality field, else the limit field
     const char* typed;
-    int storedAtOnce;     // -1: nothing stored in the first pass
+    int storedAtOnce;  // -1: nothing stored in the first pass
     int storedAfterPass;
     int undoSteps;
 };
 
-void PrintTo(const TextCase& c, std::ostream* os) { *os << '"' << c.typed << '"'; }
+void PrintTo(const TextCase& c, std::ostream* os) {
+    *os << (c.quality ? "quality " : "limit ") << '"' << c.typed << '"';
+}
 
-class QualityText : public AppControllerTest, public ::testing::WithParamInterface<TextCase> {};
+class TypedNumber : public AppControllerTest, public ::testing::WithParamInterface<TextCase> {};
 
-TEST_P(QualityText, IsCanonicalisedAndClamped) {
+TEST_P(TypedNumber, IsCanonicalisedAndClamped) {
     const TextCase c = GetParam();
-    defaults.setInteger(DefJpegQuality, 50);
-    controller.setQuality(QString::fromUtf8(c.typed));
-    EXPECT_EQ(defaults.integerForKey(DefJpegQuality), c.storedAtOnce < 0 ? 50 : c.storedAtOnce);
+    const QString key = c.quality ? QString(DefJpegQuality) : QString(DefFilesizeLimit);
+    const int before = c.quality ? 50 : 500;
+    defaults.setInteger(key, before);
+    const QString typed = QString::fromUtf8(c.typed);
+    c.quality ? controller.setQuality(typed) : controller.setFilesizeLimit(typed);
+    EXPECT_EQ(defaults.integerForKey(key), c.storedAtOnce < 0 ? before : c.storedAtOnce);
     finishPass();
-    EXPECT_EQ(defaults.integerForKey(DefJpegQuality), c.storedAfterPass);
+    EXPECT_EQ(defaults.integerForKey(key), c.storedAfterPass);
     EXPECT_EQ(controller.undoManager().undoCount(), c.undoSteps);
 }
 
-INSTANTIATE_TEST_SUITE_P(AppController, QualityText,
-                         ::testing::Values(TextCase{"150", 100, 100, 2}, TextCase{"3", 5, 5, 2},
-                                           TextCase{"80a", -1, 80, 1}, TextCase{" 70", -1, 70, 1},
-                                           TextCase{"75", 75, 75, 1}, TextCase{"100", 100, 100, 1}));
-
-class LimitText : public AppControllerTest, public ::testing::WithParamInterface<TextCase> {};
-
-TEST_P(LimitText, IsCanonicalisedAndClamped) {
-    const TextCase c = GetParam();
-    defaults.setInteger(DefFilesizeLimit, 500);
-    controller.setFilesizeLimit(QString::fromUtf8(c.typed));
-    EXPECT_EQ(defaults.integerForKey(DefFilesizeLimit), c.storedAtOnce < 0 ? 500 : c.storedAtOnce);
-    finishPass();
-    EXPECT_EQ(defaults.integerForKey(DefFilesizeLimit), c.storedAfterPass);
-    EXPECT_EQ(controller.undoManager().undoCount(), c.undoSteps);
-}
-
-INSTANTIATE_TEST_SUITE_P(AppController, LimitText,
-                         ::testing::Values(TextCase{"9991", 9990, 9990, 2},
-                                           TextCase{"9", 10, 10, 2}, TextCase{"+200", -1, 200, 1},
-                                           TextCase{"250", 250, 250, 1}));
+INSTANTIATE_TEST_SUITE_P(
+    AppController, TypedNumber,
+    ::testing::Values(TextCase{true, "150", 100, 100, 2}, TextCase{true, "3", 5, 5, 2},
+                      TextCase{true, "80a", -1, 80, 1}, TextCase{true, " 70", -1, 70, 1},
+                      TextCase{true, "75", 75, 75, 1}, TextCase{true, "100", 100, 100, 1},
+                      TextCase{false, "9991", 9990, 9990, 2}, TextCase{false, "9", 10, 10, 2},
+                      TextCase{false, "+200", -1, 200, 1}, TextCase{false, "250", 250, 250, 1}));
 
 TEST_F(AppControllerTest, GettersClampNonsenseStoredValues) {
     defaults.setString(DefJpegQuality, QStringLiteral("lots"));
