@@ -15,7 +15,11 @@ head -c 20000 "$tmp/whole.jpg" >"$tmp/cut.jpg"
 for file in "$tmp/notes.jpg" "$tmp/cut.jpg" "$tmp/empty.png" "$tmp/missing.png"; do
     "$APP" "$file" 2>"$tmp/err" &
     pid=$!
-    sleep 2
+    for _ in $(seq 150); do
+        grep -q "^marigold: " "$tmp/err" && break
+        sleep 0.1
+    done
+    sleep 0.5
     kill -0 "$pid" 2>/dev/null || { echo "FAIL: marigold ended on $file" >&2; exit 1; }
     kill "$pid"
     wait "$pid" 2>/dev/null || true
