@@ -21,6 +21,16 @@ const QString& photoPath() {
     return path;
 }
 
+// The selection under a dragging pointer at a given frame: anchored near the lower-left
+// corner, growing a little every frame.
+Marquee dragFrame(RectF b, int frame) {
+    const float f = 0.2f + 0.75f * float(frame % 100) / 100;
+    Marquee marquee;
+    marquee.setStartAndEndPoint({b.x + 5, b.y + 5}, b);
+    marquee.setEndPoint({b.x + b.width * f, b.y + b.height * f}, b);
+    return marquee;
+}
+
 struct Session {
     QTemporaryDir dir;
     Defaults defaults{dir.filePath(QStringLiteral("settings.ini"))};
@@ -57,15 +67,9 @@ void BM_InputPaintDuringDrag(benchmark::State& state) {
     // Rendering into an image runs the real paint code; the offscreen window would not.
     QImage target(view.size(), QImage::Format_ARGB32_Premultiplied);
     view.render(&target);
-    const RectF b = view.imageBounds();
-    Marquee marquee;
     int frame = 0;
     for (auto _ : state) {
-        // A selection that grows a little each frame, as under a dragging pointer.
-        const float f = 0.2f + 0.6f * float(frame++ % 100) / 100;
-        marquee.setStartAndEndPoint({b.x + 10, b.y + 10}, b);
-        marquee.setEndPoint({b.x + b.width * f, b.y + b.height * f}, b);
-        view.editMarqueeWithoutUndo(marquee);
+        view.editMarqueeWithoutUndo(dragFrame(view.imageBounds(), frame++));
         view.render(&target);
     }
 }
@@ -79,14 +83,9 @@ void BM_DragFrameWithLivePreview(benchmark::State& state) {
     InputImageView& view = *session.window.inputView();
     QImage inputTarget(view.size(), QImage::Format_ARGB32_Premultiplied);
     QImage outputTarget(session.window.outputView()->size(), QImage::Format_ARGB32_Premultiplied);
-    const RectF b = view.imageBounds();
-    Marquee marquee;
     int frame = 0;
     for (auto _ : state) {
-        const float f = 0.2f + 0.75f * float(frame++ % 100) / 100;
-        marquee.setStartAndEndPoint({b.x + 5, b.y + 5}, b);
-        marquee.setEndPoint({b.x + b.width * f, b.y + b.height * f}, b);
-        view.editMarqueeWithoutUndo(marquee);
+        view.editMarqueeWithoutUndo(dragFrame(view.imageBounds(), frame++));
         session.controller.updatePreviewFast(true);
         view.render(&inputTarget);
         session.window.outputView()->render(&outputTarget);
