@@ -126,25 +126,6 @@ Image Image::fromPendingDecode(int pixelsWide, int pixelsHigh,
     return Image(std::move(data));
 }
 
-Image Image::fromQImage(const QImage& image) {
-    if (image.isNull()) return {};
-    const QImage rgba = image.convertToFormat(QImage::Format_RGBA8888);
-    // QImage rows may be padded; copy row by row into a packed buffer.
-    std::vector<uchar> packed(size_t(rgba.width()) * rgba.height() * 4);
-    for (int y = 0; y < rgba.height(); ++y) {
-        std::copy_n(rgba.constScanLine(y), rgba.width() * 4,
-                    packed.data() + size_t(y) * rgba.width() * 4);
-    }
-    VipsImage* copied = vips_image_new_from_memory_copy(packed.data(), packed.size(), rgba.width(),
-                                                        rgba.height(), 4, VIPS_FORMAT_UCHAR);
-    if (!copied) throw vips::VError();
-    const vips::VImage pixels =
-        vips::VImage(copied)
-            .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB))
-            .copy_memory();
-    return Image(Data::of(pixels, !image.hasAlphaChannel()));
-}
-
 Image Image::fromRgba(const vips::VImage& rgba, bool opaque) {
     return Image(Data::of(rgba.copy_memory(), opaque));
 }

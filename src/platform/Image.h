@@ -22,7 +22,6 @@ public:
 
     // Takes any libvips image, converts it to 8-bit RGBA sRGB and renders it into memory.
     static Image fromVips(const vips::VImage& any);
-    static Image fromQImage(const QImage& image);
     // An image whose full-resolution pixels (already normalised) are still being decoded on
     // another thread; `halfLevel` is its first reduced level, usable at once. Everything
     // but reading the full-resolution pixels proceeds without waiting for the decode.

@@ -82,19 +82,4 @@ LoadedImage loadImageFile(const QString& path) {
     }
 }
 
-LoadedImage loadImageData(const QByteArray& data) {
-    if (data.isEmpty()) return {{}, QStringLiteral("no image data")};
-    if (!vips_foreign_find_load_buffer(data.constData(), size_t(data.size()))) {
-        vips_error_clear();
-        return {{}, QStringLiteral("not image data")};
-    }
-    try {
-        return decode(vips::VImage::new_from_buffer(data.constData(), size_t(data.size()), "",
-                                                    loadOptions()));
-    } catch (const vips::VError& error) {
-        vips_error_clear();
-        return {{}, firstLine(error.what())};
-    }
-}
-
 }  // namespace marigold

@@ -19,7 +19,4 @@ struct LoadedImage {
 // to 8-bit RGBA sRGB. Truncated and oversized files fail instead of yielding partial images.
 LoadedImage loadImageFile(const QString& path);
 
-// Decodes an in-memory encoded image (clipboard data) the same way.
-LoadedImage loadImageData(const QByteArray& data);
-
 }  // namespace marigold

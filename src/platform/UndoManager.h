@@ -26,8 +26,6 @@ public:
     bool canRedo() const;
     void undo();
     void redo();
-    bool isUndoing() const { return _undoing; }
-    bool isRedoing() const { return _redoing; }
 
     QString undoActionName() const;
     QString redoActionName() const;

@@ -75,18 +75,10 @@ void InputImageView::setImage(const Image& image) {
 void InputImageView::setDisplayImage(const Image& image, bool shouldDeselect) {
     _displayImage = image;
     _pixmap = QPixmap();
-    _shadowDisplayImage = Image();
     if (shouldDeselect) _marquee.deselect();
     if (_delegate) _delegate->updatePreview();
     update();
     _updateCursor();
-}
-
-const Image& InputImageView::shadowDisplayImage() {
-    if (_shadowDisplayImage.isNull() && !_displayImage.isNull()) {
-        _shadowDisplayImage = ImageProcessor::scaleImage(_displayImage, kPreviewBox);
-    }
-    return _shadowDisplayImage;
 }
 
 void InputImageView::setMarquee(const Marquee& marquee) {
@@ -112,11 +104,6 @@ void InputImageView::editMarqueeWithoutUndo(const Marquee& marquee) {
 
 RectF InputImageView::cropRect() const {
     const SizeF size = _displayImage.size();
-    return _marquee.rect({0, 0, size.width, size.height});
-}
-
-RectF InputImageView::cropRectForPreview() {
-    const SizeF size = shadowDisplayImage().size();
     return _marquee.rect({0, 0, size.width, size.height});
 }
 

@@ -33,14 +33,12 @@ public:
     const Image& image() const { return _displayImage; }
     const Image& origImage() const { return _origImage; }
     const Image& previewImage() const { return _previewImage; }
-    const Image& shadowDisplayImage();
 
     const Marquee& marquee() const { return _marquee; }
     void setMarquee(const Marquee& marquee);
     // Changes the selection without an undo entry (deselect, nudges).
     void editMarqueeWithoutUndo(const Marquee& marquee);
     RectF cropRect() const;
-    RectF cropRectForPreview();
     RectF imageBounds() const;
 
     void setDrawCrossHair(bool on);
@@ -78,7 +76,6 @@ private:
     Image _origImage;
     Image _previewImage;
     Image _displayImage;
-    Image _shadowDisplayImage;
     QPixmap _pixmap;  // the displayed image at its drawn size, so a paint never resamples
 
     Marquee _marquee;

@@ -134,19 +134,5 @@ TEST_F(ImageLoaderTest, PixelsAreDecodedAsStored) {
     EXPECT_EQ(test::pixelAt(loaded.image, 5, 9), test::pixelAt(source, 5, 9));
 }
 
-TEST_F(ImageLoaderTest, ClipboardDataDecodesLikeFiles) {
-    const QString file = test::writeJpeg(test::gradientImage(40, 30), dir.path(),
-                                         QStringLiteral("clip.jpg"));
-    QFile in(file);
-    ASSERT_TRUE(in.open(QIODevice::ReadOnly));
-    const QByteArray bytes = in.readAll();
-    const LoadedImage loaded = loadImageData(bytes);
-    ASSERT_FALSE(loaded.image.isNull()) << loaded.error.toStdString();
-    EXPECT_EQ(loaded.image.pixelsWide(), 40);
-    EXPECT_TRUE(loadImageData(bytes.left(bytes.size() / 3)).image.isNull());
-    EXPECT_TRUE(loadImageData("not an image").image.isNull());
-    EXPECT_TRUE(loadImageData({}).image.isNull());
-}
-
 }  // namespace
 }  // namespace marigold

@@ -237,7 +237,6 @@ private Q_SLOTS:
         view->setImage(test::gradientImage(700, 350));
         QCOMPARE(view->previewImage().size().width, 350.f);
         QCOMPARE(view->previewImage().size().height, 175.f);
-        QCOMPARE(view->shadowDisplayImage().size().width, 350.f);
         view->setImage(test::gradientImage(100, 100));
         QCOMPARE(view->previewImage().pixels().get_image(), view->origImage().pixels().get_image());
     }
