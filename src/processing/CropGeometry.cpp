@@ -9,7 +9,9 @@ namespace marigold {
 namespace {
 
 // Halves away from zero, as std::round does; done in double so float inputs round exactly.
-float roundedAway(float value) { return float(std::round(double(value))); }
+float roundedAway(float value) {
+    return float(std::round(double(value)));
+}
 
 int toPixels(float length) {
     const double rounded = std::round(double(length));
@@ -18,7 +20,9 @@ int toPixels(float length) {
 
 }  // namespace
 
-float aspectRatio(float width, float height) { return width / height; }
+float aspectRatio(float width, float height) {
+    return width / height;
+}
 
 RectF roundRect(RectF rect) {
     return {roundedAway(rect.x), roundedAway(rect.y), roundedAway(rect.width),

@@ -12,7 +12,7 @@ RectF roundRect(RectF rect);
 // The output pixel size of a crop: rounded rectangle times scale, no side under 10 pixels
 // (height wins), rounded. Zero size when the rounded rectangle or the scale is empty.
 struct CropPlan {
-    RectF rounded;     // source region, points == pixels, lower-left origin
+    RectF rounded;  // source region, points == pixels, lower-left origin
     int outputWide = 0;
     int outputHigh = 0;
     bool isEmpty() const { return outputWide <= 0 || outputHigh <= 0; }

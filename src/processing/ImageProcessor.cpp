@@ -3,6 +3,7 @@
 #include <QDebug>
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <limits>
 
 #include "processing/BitmapOps.h"
@@ -28,7 +29,7 @@ Image ImageProcessor::cropImage(const Image& image, RectF rect, float scale, flo
     if (image.isNull() || plan.isEmpty()) return {};
     try {
         return fast ? _fastOutput(image, plan) : _fullOutput(image, plan, sharpness);
-    } catch (const vips::VError& error) {
+    } catch (const std::exception& error) {
         // Only building the source's reduced copies can throw; the bitmap helpers do not.
         qWarning("marigold: preview failed: %s", error.what());
         return {};
@@ -36,9 +37,8 @@ Image ImageProcessor::cropImage(const Image& image, RectF rect, float scale, flo
 }
 
 // Always from full resolution: a reduced copy would shift the output by up to half a pixel
-// of that copy, and reducing a region costs libvips a bounded amount per source pixel anyway.
-Image ImageProcessor::_fullOutput(const Image& image, const CropPlan& plan,
-                                  float sharpness) const {
+// of that copy, and reducing costs a bounded amount per source pixel anyway.
+Image ImageProcessor::_fullOutput(const Image& image, const CropPlan& plan, float sharpness) const {
     const SizeF size{float(plan.outputWide), float(plan.outputHigh)};
     const Image output = bitmap::croppingAndScaling(image, plan.rounded, size);
     return _framed(bitmap::sharpening(output, sharpness), _borderThickness);
@@ -48,13 +48,13 @@ Image ImageProcessor::_fullOutput(const Image& image, const CropPlan& plan,
 // the selection still has as many pixels as are drawn, and labels the result with the full
 // output size. Without a reduction this equals the full path minus sharpening.
 Image ImageProcessor::_fastOutput(const Image& image, const CropPlan& plan) const {
-    const double fit = std::min({1.0, double(_fastLimitWide) / plan.outputWide,
-                                 double(_fastLimitHigh) / plan.outputHigh});
+    const double fit = std::min(
+        {1.0, double(_fastLimitWide) / plan.outputWide, double(_fastLimitHigh) / plan.outputHigh});
     const int wide = std::max(1, int(std::lround(plan.outputWide * fit)));
     const int high = std::max(1, int(std::lround(plan.outputHigh * fit)));
-    const Image level =
-        image.levelWithAtLeast(pixelsAtLeast(wide * double(image.pixelsWide()) / plan.rounded.width),
-                               pixelsAtLeast(high * double(image.pixelsHigh()) / plan.rounded.height));
+    const Image level = image.levelWithAtLeast(
+        pixelsAtLeast(wide * double(image.size().width) / plan.rounded.width),
+        pixelsAtLeast(high * double(image.size().height) / plan.rounded.height));
     const Image output =
         bitmap::croppingAndScaling(level, plan.rounded, {float(wide), float(high)});
     if (fit >= 1) return _framed(output, _borderThickness);
@@ -81,7 +81,7 @@ Image ImageProcessor::scaleImage(const Image& image, SizeF box) {
         // A reduced copy with twice the pixels needed gives the same Lanczos result, cheaply.
         const Image level = image.levelWithAtLeast(2 * wide, 2 * high);
         return bitmap::scaling(level, {float(wide), float(high)}).withSize(fitted);
-    } catch (const vips::VError& error) {
+    } catch (const std::exception& error) {
         qWarning("marigold: thumbnail failed: %s", error.what());
         return {};
     }

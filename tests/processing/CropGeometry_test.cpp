@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <ostream>
 
 #include "processing/CropGeometry.h"
 
@@ -26,6 +27,10 @@ struct PlanCase {
     float scale;
     int wide, high;  // 0 x 0 for an empty plan
 };
+
+void PrintTo(const PlanCase& c, std::ostream* out) {
+    *out << c.name;
+}
 
 class PlanCropTest : public ::testing::TestWithParam<PlanCase> {};
 

@@ -25,12 +25,9 @@ struct SizeCase {
 TEST(ImageProcessorTest, OutputSizesFollowTheCropPlan) {
     const Image source = test::gradientImage(1000, 800);
     const SizeCase cases[] = {
-        {{10.4f, 20.5f, 99.5f, 0.4f}, 1, 0, 0},
-        {{0, 0, 4, 100}, 1, 10, 250},
-        {{0, 0, 100, 4}, 0.5f, 250, 10},
-        {{0, 0, 5, 5}, 0.1f, 10, 10},
-        {{100, 100, 667, 199}, 0.5f, 334, 100},
-        {{0, 0, 100, 100}, 0, 0, 0},
+        {{10.4f, 20.5f, 99.5f, 0.4f}, 1, 0, 0}, {{0, 0, 4, 100}, 1, 10, 250},
+        {{0, 0, 100, 4}, 0.5f, 250, 10},        {{0, 0, 5, 5}, 0.1f, 10, 10},
+        {{100, 100, 667, 199}, 0.5f, 334, 100}, {{0, 0, 100, 100}, 0, 0, 0},
     };
     const ImageProcessor processor;
     for (const SizeCase& c : cases) {
@@ -92,7 +89,9 @@ TEST(ImageProcessorTest, BorderOnBothPathsAndOnlyWhenThick) {
             EXPECT_EQ(pixelAt(out, 50, i), blue);
             EXPECT_EQ(pixelAt(out, 50, 49 - i), blue);
         }
-        if (fast) EXPECT_EQ(pixelAt(out, 5, 5), pixelAt(source, 5, 155));
+        if (fast) {
+            EXPECT_EQ(pixelAt(out, 5, 5), pixelAt(source, 5, 155));
+        }
         EXPECT_NE(pixelAt(out, 5, 25), blue);
     }
     processor.setBorderThickness(0);
@@ -100,7 +99,8 @@ TEST(ImageProcessorTest, BorderOnBothPathsAndOnlyWhenThick) {
     EXPECT_EQ(pixelAt(none, 0, 0), pixelAt(source, 0, 150));
     processor.setBorderThickness(5);
     processor.setBorderOn(false);
-    EXPECT_EQ(pixelAt(processor.cropImage(source, rect, 1, 0, true), 0, 0), pixelAt(source, 0, 150));
+    EXPECT_EQ(pixelAt(processor.cropImage(source, rect, 1, 0, true), 0, 0),
+              pixelAt(source, 0, 150));
 }
 
 // Above the limit the fast path draws a reduced picture that still reports the full size and
@@ -127,9 +127,9 @@ TEST(ImageProcessorTest, FastPathReducesBeyondTheLimit) {
         EXPECT_EQ(fast.pixelsWide(), c.reducedWide);
         EXPECT_EQ(fast.pixelsHigh(), c.reducedHigh);
         const Image full = processor.cropImage(source, c.rect, c.scale, 0, false);
-        const VImage shrunk = full.pixels().resize(
-            double(c.reducedWide) / c.wide,
-            VImage::option()->set("vscale", double(c.reducedHigh) / c.high));
+        const VImage shrunk =
+            full.pixels().resize(double(c.reducedWide) / c.wide,
+                                 VImage::option()->set("vscale", double(c.reducedHigh) / c.high));
         ASSERT_EQ(shrunk.width(), fast.pixelsWide());
         EXPECT_LT(difference(fast.pixels(), shrunk).avg(), 3) << c.rect.x << "," << c.rect.y;
     }
