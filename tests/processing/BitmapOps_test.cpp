@@ -12,13 +12,10 @@
 namespace marigold {
 namespace {
 
+using test::difference;
 using test::pixelAt;
 using test::Rgba;
 using vips::VImage;
-
-VImage difference(const VImage& a, const VImage& b) {
-    return (a.cast(VIPS_FORMAT_INT) - b.cast(VIPS_FORMAT_INT)).abs();
-}
 
 VImage rgbOf(const Image& image) {
     return image.pixels().extract_band(0, VImage::option()->set("n", 3));

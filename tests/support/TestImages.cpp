@@ -19,6 +19,10 @@ Rgba pixelAt(const Image& image, int x, int y) {
     return {int(p[0]), int(p[1]), int(p[2]), int(p[3])};
 }
 
+vips::VImage difference(const vips::VImage& a, const vips::VImage& b) {
+    return (a.cast(VIPS_FORMAT_INT) - b.cast(VIPS_FORMAT_INT)).abs();
+}
+
 Image photoLikeImage(int w, int h) {
     vips::VImage xy = vips::VImage::xyz(w, h);
     vips::VImage x = xy[0] * (1.0 / w), y = xy[1] * (1.0 / h);

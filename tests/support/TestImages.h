@@ -17,6 +17,9 @@ struct Rgba {
 };
 Rgba pixelAt(const Image& image, int x, int y);
 
+// |a - b| per sample, as ints.
+vips::VImage difference(const vips::VImage& a, const vips::VImage& b);
+
 // A photograph-like test picture (smooth shading plus fine detail), deterministic.
 Image photoLikeImage(int w, int h);
 
