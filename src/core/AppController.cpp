@@ -34,8 +34,9 @@ void AppController::setViews(InputImageView* input, OutputImageView* output) {
     _inputView = input;
     _outputView = output;
     _inputView->setDelegate(this);
+    // Every preview reports its size: store both, then tell the fields once.
     connect(_outputView, &OutputImageView::pixelSizeChanged, this, [this](int w, int h) {
-        setPixelWidth(w);
+        _pixelWidth = w;
         setPixelHeight(h);
     });
 }

@@ -48,7 +48,6 @@ void OutputImageView::_updateFrame() {
 }
 
 void OutputImageView::clearCache() {
-    _cached = false;
     if (_filesizeLabel) _filesizeLabel->clear();
 }
 

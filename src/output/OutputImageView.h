@@ -24,9 +24,8 @@ public:
     void setImageScaling(int scaling);
     int imageScaling() const { return _scaling; }
     void setFilesizeLabel(QLabel* label) { _filesizeLabel = label; }
-    // Forgets the file written for the current output (its size text goes with it).
+    // The output changed: its file-size text no longer applies.
     void clearCache();
-    bool isCached() const { return _cached; }
     // Device pixels of the area the output is shown in: what a preview needs at most.
     QSize displayPixelLimit() const;
     // Where the image is drawn, in widget coordinates.
@@ -47,7 +46,6 @@ private:
     Image _image;
     QPixmap _pixmap;
     int _scaling = ProportionallyDown;
-    bool _cached = false;
     QPointer<QLabel> _filesizeLabel;
 };
 

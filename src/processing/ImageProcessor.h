@@ -17,7 +17,6 @@ public:
     void setBorderColor(const QColor& color) { _borderColor = color; }
     // Stored only: crop and thumbnail always resample at high quality.
     void setInterpolation(int level) { _interpolation = level; }
-    int interpolation() const { return _interpolation; }
 
     // Largest pixel size the fast path renders; the result keeps the logical size of the
     // whole output but holds at most this many pixels (it is only looked at, never saved).

@@ -43,7 +43,6 @@ public:
 
     void setDrawCrossHair(bool on);
     State state() const { return _state; }
-    bool isMouseDown() const { return _isMouseDown; }
     // The cursor a pointer at `viewPoint` shows now (knobs over selection over image).
     CursorKind cursorKindAt(PointF viewPoint) const;
 
