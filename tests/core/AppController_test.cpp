@@ -274,6 +274,7 @@ TEST_F(AppControllerTest, BadFilesLeaveTheDocumentAsItWas) {
         EXPECT_EQ(input.marquee(), before) << bad.fault;
         EXPECT_TRUE(controller.undoManager().canUndo()) << bad.fault;
         EXPECT_EQ(controller.scaleFactor(), 0.5f) << bad.fault;
+        EXPECT_EQ(controller.documentName(), QStringLiteral("untitled")) << bad.fault;
     }
 }
 

@@ -9,7 +9,6 @@
 #include "output/OutputImageView.h"
 #include "platform/VipsRuntime.h"
 #include "selection/InputImageView.h"
-#include "support/BadFiles.h"
 #include "support/TestImages.h"
 
 using namespace marigold;
@@ -103,19 +102,6 @@ private Q_SLOTS:
         QTest::qWait(20);
         QCOMPARE(percent->text(), QStringLiteral("200"));
         QCOMPARE(controller->pixelWidth(), 200);
-    }
-
-    void badFilesChangeNothing() {
-        controller->openFile(
-            test::writeJpeg(test::gradientImage(120, 90), dir.path(), QStringLiteral("c.jpg")));
-        controller->selectAll();
-        for (const test::BadFile& bad : test::badImageFiles(dir.path())) {
-            QVERIFY2(!controller->openFile(bad.path), bad.fault);
-            QCOMPARE(window->inputView()->image().pixelsWide(), 120);
-            QCOMPARE(controller->pixelWidth(), 120);
-            QCOMPARE(window->findChild<QLineEdit*>(QStringLiteral("filenameTextField"))->text(),
-                     QStringLiteral("c"));
-        }
     }
 };
 
