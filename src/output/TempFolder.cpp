@@ -1,0 +1,88 @@
+#include "output/TempFolder.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <cerrno>
+#include <signal.h>
+#include <unistd.h>
+
+namespace marigold {
+
+namespace {
+
+const QString kPrefix = QStringLiteral("com.bluefinch.Marigold-");
+
+bool processRuns(qint64 pid) { return kill(pid_t(pid), 0) == 0 || errno == EPERM; }
+
+bool makePrivateFolder(const QString& path) {
+    return QDir().mkdir(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                  QFileDevice::ExeOwner);
+}
+
+// A real folder of ours, not a link someone planted in the shared temporary folder.
+bool isOwnFolder(const QFileInfo& entry) {
+    return entry.isDir() && !entry.isSymLink() && entry.ownerId() == getuid();
+}
+
+}  // namespace
+
+TempFolder::TempFolder(QString base) : _base(std::move(base)) {}
+
+QString TempFolder::defaultBase() { return QDir::tempPath() + QLatin1Char('/'); }
+
+QString TempFolder::tmpdirString() const {
+    return _base + kPrefix + QString::number(QCoreApplication::applicationPid());
+}
+
+QString TempFolder::tmpdir() {
+    if (!_path.isEmpty()) return _path;
+    const QString path = tmpdirString();
+    // No intermediate folders, and never someone else's folder of that name in a shared
+    // /tmp. One of ours that exists before we made it was left by a dead process with our
+    // pid: start afresh.
+    if (!makePrivateFolder(path)) {
+        if (!isOwnFolder(QFileInfo(path)) || !QDir(path).removeRecursively() ||
+            !makePrivateFolder(path)) {
+            return {};
+        }
+    }
+    _path = path;
+    return _path;
+}
+
+bool TempFolder::cleanupTmpdir() {
+    const QString path = tmpdirString();
+    if (!QFileInfo::exists(path)) return true;
+    const bool removed = QDir(path).removeRecursively();
+    if (removed) _path.clear();
+    return removed;
+}
+
+QString TempFolder::nextTempSubDir() {
+    const QString path = tmpdir() + QLatin1Char('/') + QString::number(_counter++);
+    QDir().mkdir(path);
+    return path;
+}
+
+QString TempFolder::pathForImageNamed(const QString& name, const QString& extension) {
+    return nextTempSubDir() + QLatin1Char('/') + name + QLatin1Char('.') + extension;
+}
+
+int TempFolder::removeStaleTmpdirs(const QString& base) {
+    static const QRegularExpression pattern(
+        QStringLiteral("^") + QRegularExpression::escape(kPrefix) + QStringLiteral("(\\d+)$"));
+    int removed = 0;
+    const auto entries = QDir(base).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden);
+    for (const QFileInfo& entry : entries) {
+        const auto match = pattern.match(entry.fileName());
+        if (!match.hasMatch() || !isOwnFolder(entry)) continue;
+        if (processRuns(match.captured(1).toLongLong())) continue;
+        if (QDir(entry.filePath()).removeRecursively()) ++removed;
+    }
+    return removed;
+}
+
+}  // namespace marigold
