@@ -1,17 +1,13 @@
 #pragma once
 
 #include <QString>
-#include <functional>
 
+#include "output/OutputFile.h"
 #include "platform/Image.h"
 
 namespace marigold {
 
 class OutputViewDelegate;
-
-// Output formats, as stored under "FileFormat". Anything else is written as JPEG.
-enum FileFormatTag { JpegFormat = 101, PngFormat = 102, TiffFormat = 103, GifFormat = 104 };
-QString extensionForFormat(int format);
 
 // Writes the current output into the temporary folder in the document's format, with the
 // metadata the "PreserveExif" setting asks for, and remembers whether the last file
@@ -28,14 +24,11 @@ public:
     void clearCache() { _cacheValid = false; }
     bool isCacheValid() const { return _cacheValid; }
 
-    // Copies the EXIF block of a source file into a freshly written JPEG
-    // ("PreserveExif" 1). Unset, such JPEGs carry no metadata.
-    std::function<void(const QString& sourcePath, const QString& jpegPath)> copyExif;
+    // Copies a source's EXIF block into JPEGs written with "PreserveExif" 1; unset, such
+    // JPEGs carry no metadata.
+    ExifCopier copyExif;
 
 private:
-    QString _writeJpeg(const Image& image, int preserveExif);
-    QString _written(const QString& path);
-
     OutputViewDelegate& _document;
     bool _cacheValid = false;
 };
