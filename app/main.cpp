@@ -39,5 +39,7 @@ int main(int argc, char** argv) {
                          qPrintable(reason));
         }
     }
-    return app.exec();
+    const int status = app.exec();
+    controller.cleanupTmpdir();
+    return status;
 }

@@ -28,12 +28,17 @@ AppController::AppController(Defaults& defaults, QObject* parent)
     : QObject(parent), _defaults(defaults) {
     _defaults.registerDefaults(Defaults::factoryDefaults());
     askSizeLimitWarning = [this] { return _showSizeLimitWarning(); };
+    showAlert = [this](const QString& title, const QString& text) {
+        QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, _window());
+        box.exec();
+    };
 }
 
 void AppController::setViews(InputImageView* input, OutputImageView* output) {
     _inputView = input;
     _outputView = output;
     _inputView->setDelegate(this);
+    _outputView->setDelegate(this);
     // Every preview reports its size: store both, then tell the fields once.
     connect(_outputView, &OutputImageView::pixelSizeChanged, this, [this](int w, int h) {
         _pixelWidth = w;
@@ -364,6 +369,7 @@ bool AppController::openFile(const QString& path, QString* reason) {
 void AppController::setSourcePath(const QString& path) {
     setDocumentName(path.isEmpty() ? QStringLiteral("untitled")
                                    : QFileInfo(path).completeBaseName());
+    if (!path.isEmpty() && QFileInfo::exists(path)) _recentDocuments.noteNewRecentDocument(path);
     _sourcePath = path;
 }
 
@@ -392,9 +398,12 @@ void AppController::migrateCheckAtStartup() {
 }
 
 void AppController::applicationDidFinishLaunching() {
+    // Output files of Marigold processes that crashed or were killed.
+    TempFolder::removeStaleTmpdirs();
     _undoManager.removeAllActions();
     preferenceDidChange();
     previewMode();
+    if (_defaults.boolForKey(DefOpenLastAtLaunch)) _later(0, [this] { openLastDocument(); });
 }
 
 }  // namespace marigold

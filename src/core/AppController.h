@@ -3,9 +3,13 @@
 #include <QObject>
 #include <QPointer>
 #include <QString>
+#include <QTimer>
 #include <functional>
 
+#include "output/OutputViewDelegate.h"
+#include "output/TempFolder.h"
 #include "platform/Defaults.h"
+#include "platform/RecentDocuments.h"
 #include "platform/UndoManager.h"
 #include "processing/ImageProcessor.h"
 #include "selection/InputViewDelegate.h"
@@ -18,7 +22,7 @@ class OutputImageView;
 // The one document: the source shown in the input view, its selection, and every setting
 // that turns them into the output. Settings kept in the defaults are read from there on
 // every call; every setter goes through the undo manager.
-class AppController : public QObject, public InputViewDelegate {
+class AppController : public QObject, public InputViewDelegate, public OutputViewDelegate {
     Q_OBJECT
 
 public:
@@ -26,7 +30,7 @@ public:
     explicit AppController(Defaults& defaults, QObject* parent = nullptr);
 
     void setViews(InputImageView* input, OutputImageView* output);
-    Defaults& defaults() { return _defaults; }
+    Defaults& defaults() override { return _defaults; }
     UndoManager& undoManager() override { return _undoManager; }
     ImageProcessor& imageProcessor() { return _imageProcessor; }
 
@@ -35,7 +39,7 @@ public:
     void setSharpen(bool on);
     float sharpness() const;
     void setSharpness(float sharpness);
-    int fileFormat() const;
+    int fileFormat() const override;
     void setFileFormat(int format);
     int previewMode() const;
     void setPreviewMode(int mode);
@@ -43,7 +47,7 @@ public:
     void setQuality(const QString& text);
     bool limitFilesize() const;
     void setLimitFilesize(bool on);
-    QString filesizeLimit() const;
+    QString filesizeLimit() const override;
     void setFilesizeLimit(const QString& text);
 
     // Settings in fields.
@@ -61,10 +65,10 @@ public:
 
     // Derived values.
     bool hasQuality() const;
-    bool hasFilesizeLimit() const;
+    bool hasFilesizeLimit() const override;
     bool userResizable() const;
     void setUserResizable(bool) override;
-    int compression() const;
+    int compression() const override;
     bool livePreview() const override;
 
     // Preview and size commands.
@@ -84,18 +88,53 @@ public:
     // Opening: false (with a one-line reason) leaves the document exactly as it was.
     bool openFile(const QString& path) override;
     bool openFile(const QString& path, QString* reason);
-    QString sourcePath() const { return _sourcePath; }
+    QString sourcePath() const override { return _sourcePath; }
     void setSourcePath(const QString& path);
     // The document name (the editable name field); "untitled" when empty.
-    QString filename();
+    QString filename() override;
     void setDocumentName(const QString& name);
     QString documentName() const { return _documentName; }
+
+    // The source file's metadata, read afresh on every call.
+    std::optional<Metadata> metadata() const override;
+    TempFolder& tempFolder() override { return _tempFolder; }
+    QString tmpdir() { return _tempFolder.tmpdir(); }
+    // At quit: the temporary folder and every output file in it go.
+    bool cleanupTmpdir() { return _tempFolder.cleanupTmpdir(); }
+
+    // Bringing images in and taking the output out.
+    void paste();
+    void copyOutputImage();
+    void saveDocumentAs();
+    // The save dialog, starting in `directory` (empty: the dialog's own choice).
+    void saveDocumentInFolder(const QString& directory);
+    // The typed name with the output format's extension: a recognised image extension is
+    // replaced, anything else kept and the extension appended.
+    static QString userEnteredFilename(const QString& name, int format);
+    // Writes the output and copies it to `target` (its extension replaced by the written
+    // file's), replacing an existing file atomically.
+    void savePanelDidEnd(bool accepted, const QString& target);
+    // Reloads the source file; possible only while it exists.
+    void revert();
+    bool canRevert() const;
+    // Empties both views but keeps the source path and the name.
+    void discardImage();
+    void print();
+    void openLastDocument();
+    RecentDocuments& recentDocuments() { return _recentDocuments; }
+
+    // The window title: back to "Marigold" 4 seconds from now; one step of scrolling a
+    // name out of "Marigold - name".
+    void clearTitle();
+    void animateTitle(QTimer* timer);
 
     // Start-up steps that follow building the window, and the one-time key clean-ups.
     void applicationDidFinishLaunching();
     void removeOldDefaults();
     void migrateCheckAtStartup();
 
+    // Shows a modal alert; replaceable so that tests need no modal dialog.
+    std::function<void(const QString& title, const QString& text)> showAlert;
     // Asked before the file-size limit is turned on; answers true for "Don't Show This
     // Message Again". Replaceable so that tests need no modal dialog.
     std::function<bool()> askSizeLimitWarning;
@@ -117,6 +156,8 @@ private:
     bool _hasSelection() const;
     void _refreshOutputView();
     bool _showSizeLimitWarning();
+    QWidget* _window() const;
+    void _setTitle(const QString& title);
 
     Defaults& _defaults;
     UndoManager _undoManager;
@@ -128,6 +169,8 @@ private:
     double _rotation = 0;
     int _pixelWidth = 0;
     int _pixelHeight = 0;
+    TempFolder _tempFolder;
+    RecentDocuments _recentDocuments;
     QString _sourcePath;
     QString _documentName = QStringLiteral("untitled");
 };

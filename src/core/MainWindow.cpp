@@ -66,6 +66,7 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     _inputView->setSizeTextField(sizeLabel);
     _outputControls = new OutputControls(_controller);
     _outputView->setFilesizeLabel(_outputControls->filesizeLabel());
+    _outputView->setProgressIndicator(_outputControls->progressIndicator());
 
     auto* inputBar = new QHBoxLayout;
     inputBar->addWidget(new QLabel(tr("Name:")));
@@ -97,6 +98,12 @@ void MainWindow::_buildMenus() {
     QMenu* file = menuBar()->addMenu(tr("&File"));
     QAction* openAction = file->addAction(tr("Open…"), this, &MainWindow::open);
     openAction->setShortcut(QKeySequence::Open);
+    QAction* revert = file->addAction(tr("Revert"), &_controller, &AppController::revert);
+    file->addSeparator();
+    QAction* save = file->addAction(tr("Save…"), &_controller, &AppController::saveDocumentAs);
+    save->setShortcut(QKeySequence::Save);
+    QAction* print = file->addAction(tr("Print…"), &_controller, &AppController::print);
+    print->setShortcut(QKeySequence::Print);
     file->addSeparator();
     QAction* quit = file->addAction(tr("Quit Marigold"), this, &QWidget::close);
     quit->setShortcut(QKeySequence::Quit);
@@ -108,6 +115,12 @@ void MainWindow::_buildMenus() {
     _redoAction = edit->addAction(tr("Redo"), &undo, &UndoManager::redo);
     _redoAction->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
     edit->addSeparator();
+    QAction* copy = edit->addAction(tr("Copy"), &_controller, &AppController::copyOutputImage);
+    copy->setShortcut(QKeySequence::Copy);
+    QAction* paste = edit->addAction(tr("Paste"), &_controller, &AppController::paste);
+    paste->setShortcut(QKeySequence::Paste);
+    QAction* discard = edit->addAction(tr("Discard Image"), &_controller, &AppController::discardImage);
+    edit->addSeparator();
     QAction* selectAll = edit->addAction(tr("Select All"), &_controller, &AppController::selectAll);
     selectAll->setShortcut(QKeySequence::SelectAll);
     QAction* deselect = edit->addAction(tr("Deselect"), &_controller, &AppController::deselect);
@@ -115,6 +128,20 @@ void MainWindow::_buildMenus() {
     connect(&undo, &UndoManager::changed, this, &MainWindow::_updateUndoTitles);
     connect(edit, &QMenu::aboutToShow, this, &MainWindow::_updateUndoTitles);
     _updateUndoTitles();
+
+    // Commands that need an output, an input, or a source file on disk. Shortcuts stay
+    // live while the menus are closed, so the state is kept current, not only on showing.
+    const auto updateEnabled = [=, this] {
+        const bool output = !_outputView->image().isNull();
+        for (QAction* action : {save, print, copy}) action->setEnabled(output);
+        discard->setEnabled(!_inputView->image().isNull());
+        revert->setEnabled(_controller.canRevert());
+    };
+    connect(_outputView, &OutputImageView::pixelSizeChanged, this, updateEnabled);
+    connect(&_controller, &AppController::documentNameChanged, this, updateEnabled);
+    connect(file, &QMenu::aboutToShow, this, updateEnabled);
+    connect(edit, &QMenu::aboutToShow, this, updateEnabled);
+    updateEnabled();
 }
 
 void MainWindow::_updateUndoTitles() {

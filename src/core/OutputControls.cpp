@@ -38,6 +38,13 @@ OutputControls::OutputControls(AppController& controller, QWidget* parent)
     _livePreviewBox->setObjectName(QStringLiteral("livePreviewBox"));
     _filesizeLabel = new QLabel;
     _filesizeLabel->setObjectName(QStringLiteral("filesizeLabel"));
+    // A busy bar: shown only while an output file is written.
+    _progressIndicator = new QProgressBar;
+    _progressIndicator->setObjectName(QStringLiteral("progressIndicator"));
+    _progressIndicator->setRange(0, 0);
+    _progressIndicator->setTextVisible(false);
+    _progressIndicator->setFixedSize(40, 12);
+    _progressIndicator->hide();
 
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -53,6 +60,7 @@ OutputControls::OutputControls(AppController& controller, QWidget* parent)
     layout->addSpacing(8);
     layout->addWidget(_livePreviewBox);
     layout->addStretch();
+    layout->addWidget(_progressIndicator);
     layout->addWidget(_filesizeLabel);
 
     connect(_percentField, &QLineEdit::editingFinished, this, [this] {

@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QSlider>
 #include <QWidget>
 
@@ -19,6 +20,7 @@ public:
     explicit OutputControls(AppController& controller, QWidget* parent = nullptr);
 
     QLabel* filesizeLabel() const { return _filesizeLabel; }
+    QWidget* progressIndicator() const { return _progressIndicator; }
 
 private:
     void _showScale();
@@ -35,6 +37,7 @@ private:
     QSlider* _sharpnessSlider;
     QCheckBox* _livePreviewBox;
     QLabel* _filesizeLabel;
+    QProgressBar* _progressIndicator;
 };
 
 }  // namespace marigold

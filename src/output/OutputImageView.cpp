@@ -1,15 +1,49 @@
 #include "output/OutputImageView.h"
 
+#include <QApplication>
+#include <QDrag>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QMouseEvent>
 #include <QPainter>
+#include <QPrinter>
 #include <QScrollArea>
+#include <QUrl>
 #include <cmath>
 
+#include "output/FileSizeText.h"
+#include "output/OutputViewDelegate.h"
+#include "platform/Defaults.h"
+#include "platform/DefaultsKeys.h"
 #include "processing/BitmapOps.h"
+#include "processing/ImageProcessor.h"
 
 namespace marigold {
 
+namespace {
+
+// `image` shrunk to fit `area` (never enlarged) and centred in it.
+QRectF fittedRect(QSizeF image, const QRectF& area) {
+    const qreal scale = std::min({1.0, area.width() / image.width(), area.height() / image.height()});
+    const QSizeF size = image * scale;
+    return QRectF(area.center() - QPointF(size.width() / 2, size.height() / 2), size);
+}
+
+}  // namespace
+
 OutputImageView::OutputImageView(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_OpaquePaintEvent);
+    showAlert = [this](const QString& title, const QString& text) {
+        QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, window());
+        box.exec();
+    };
+}
+
+OutputImageView::~OutputImageView() = default;
+
+void OutputImageView::setDelegate(OutputViewDelegate* document) {
+    _document = document;
+    _writer = document ? std::make_unique<TmpFileWriter>(*document) : nullptr;
 }
 
 QSize OutputImageView::sizeHint() const {
@@ -48,7 +82,105 @@ void OutputImageView::_updateFrame() {
 }
 
 void OutputImageView::clearCache() {
+    if (_writer) _writer->clearCache();
     if (_filesizeLabel) _filesizeLabel->clear();
+}
+
+QString OutputImageView::writeTmpFile() {
+    if (!_writer) return {};
+    // The write runs inside the event that asked for it; show that something is happening.
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    if (_progressIndicator) {
+        _progressIndicator->show();
+        _progressIndicator->repaint();
+    }
+    const QString path = _writer->writeTmpFile(_image);
+    if (!path.isEmpty()) updateFilesizeTextFieldWithPath(path);
+    if (_progressIndicator) _progressIndicator->hide();
+    QApplication::restoreOverrideCursor();
+    return path;
+}
+
+void OutputImageView::updateFilesizeTextFieldWithPath(const QString& path) {
+    const qint64 size = fileSizeAtPath(path);
+    if (_filesizeLabel) _filesizeLabel->setText(size > 0 ? stringWithFilesize(size) : QString());
+}
+
+void OutputImageView::mousePressEvent(QMouseEvent* event) {
+    // Ends any text editing first, so an edited field applies before the file is written.
+    if (QWidget* focused = window()->focusWidget()) focused->clearFocus();
+    if (event->button() != Qt::LeftButton) return;
+    _pressPosition = event->position();
+    _dragPending = true;
+    _tmpPath = writeTmpFile();
+}
+
+void OutputImageView::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) return;
+    _dragPending = false;
+    if (_tmpPath.isEmpty() || !_doubleClickTarget) return;
+    if (FileReceiver* target = _doubleClickTarget()) target->sendFile(_tmpPath);
+}
+
+void OutputImageView::mouseMoveEvent(QMouseEvent* event) {
+    if (!_dragPending || !(event->buttons() & Qt::LeftButton)) return;
+    if ((event->position() - _pressPosition).manhattanLength() < QApplication::startDragDistance()) {
+        return;
+    }
+    _dragPending = false;
+    if (_image.isNull()) return;
+    if (_tmpPath.isEmpty()) {
+        _alertSizeLimit();
+    } else {
+        _dragFile();
+    }
+    setToolTip(QString());
+}
+
+void OutputImageView::_dragFile() {
+    const bool orderBack = _document && _document->defaults().boolForKey(keys::DefAutoOrderBack);
+    const bool orderFront = _document && _document->defaults().boolForKey(keys::DefAutoOrderFront);
+    QWidget* frame = window();
+    if (orderBack) {
+        frame->lower();
+        frame->setWindowOpacity(0.5);
+    }
+    auto* data = new QMimeData;
+    data->setUrls({QUrl::fromLocalFile(_tmpPath)});
+    auto* drag = new QDrag(this);
+    drag->setMimeData(data);
+    const Image icon = ImageProcessor::scaleImage(_image, {64, 64});
+    drag->setPixmap(QPixmap::fromImage(icon.toQImage()));
+    // The icon sits 30 points right of and 5 points above the pointer's lower-left.
+    drag->setHotSpot(QPoint(30, int(std::lround(icon.size().height)) - 5));
+    drag->exec(Qt::CopyAction, Qt::CopyAction);
+    if (orderFront) {
+        frame->raise();
+        frame->activateWindow();
+    }
+    frame->setWindowOpacity(1.0);
+}
+
+void OutputImageView::_alertSizeLimit() {
+    if (!_document || !showAlert) return;
+    showAlert(tr("File Size Limit Too Low"),
+              tr("Unable to keep file under %1 KB.\nPlease turn off file size limit or increase "
+                 "the limit.")
+                  .arg(_document->filesizeLimit().toInt()));
+}
+
+void OutputImageView::printImage(QPrinter& printer) const {
+    printer.setPageMargins(QMarginsF(10, 10, 10, 10), QPageLayout::Point);
+    if (_image.isNull()) return;
+    QPainter painter(&printer);
+    const QRectF page = printer.pageLayout().paintRect(QPageLayout::Point);
+    // Points on paper: the painter works in device pixels of the printer.
+    const qreal pixelsPerPoint = printer.resolution() / 72.0;
+    painter.scale(pixelsPerPoint, pixelsPerPoint);
+    const QRectF target = fittedRect(QSizeF(_image.size().width, _image.size().height),
+                                     QRectF(QPointF(0, 0), page.size()));
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(target, _image.toQImage());
 }
 
 QSize OutputImageView::displayPixelLimit() const {
@@ -61,12 +193,9 @@ QSize OutputImageView::displayPixelLimit() const {
 
 QRectF OutputImageView::imageRect() const {
     if (_image.isNull()) return {};
-    const qreal iw = _image.size().width, ih = _image.size().height;
-    if (_scaling != ProportionallyDown) return QRectF(0, 0, iw, ih);
-    // Shrink to fit, never enlarge, centred.
-    const qreal scale = std::min({1.0, width() / iw, height() / ih});
-    const qreal w = iw * scale, h = ih * scale;
-    return QRectF((width() - w) / 2, (height() - h) / 2, w, h);
+    const QSizeF size(_image.size().width, _image.size().height);
+    if (_scaling != ProportionallyDown) return QRectF(QPointF(0, 0), size);
+    return fittedRect(size, QRectF(rect()));
 }
 
 const QPixmap& OutputImageView::_displayPixmap(QSize devicePixels) {

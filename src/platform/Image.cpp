@@ -2,6 +2,8 @@
 
 #include "platform/PyramidLevel.h"
 
+#include <QColorSpace>
+
 #include <algorithm>
 #include <cstdio>
 #include <mutex>
@@ -128,6 +130,25 @@ Image Image::fromPendingDecode(int pixelsWide, int pixelsHigh,
 
 Image Image::fromRgba(const vips::VImage& rgba, bool opaque) {
     return Image(Data::of(rgba.copy_memory(), opaque));
+}
+
+Image Image::fromQImage(const QImage& image) {
+    if (image.isNull()) return {};
+    QImage rgba = image;
+    if (rgba.colorSpace().isValid() && rgba.colorSpace() != QColorSpace::SRgb) {
+        rgba.convertToColorSpace(QColorSpace::SRgb);
+    }
+    // Straight alpha, as the pixels are kept; rows of RGBA8888 are packed (width * 4 bytes).
+    rgba.convertTo(QImage::Format_RGBA8888);
+    // The copy() makes a pipeline over the borrowed bytes, so fromRgba's copy_memory really
+    // copies them instead of keeping a reference to `rgba`'s buffer.
+    const vips::VImage wrapped =
+        vips::VImage::new_from_memory(const_cast<uchar*>(rgba.constBits()), rgba.sizeInBytes(),
+                                      rgba.width(), rgba.height(), 4, VIPS_FORMAT_UCHAR)
+            .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+    // Screenshots and pasted images often carry an alpha channel that is 255 everywhere.
+    const bool opaque = !image.hasAlphaChannel() || wrapped[3].min() >= 255.0;
+    return fromRgba(wrapped, opaque);
 }
 
 int Image::pixelsWide() const { return _data ? _data->source->width : 0; }

@@ -34,6 +34,10 @@ public:
     // Pixels already RGBA uchar sRGB (as the processing operations make them); rendered
     // into memory. Size in points = pixel size.
     static Image fromRgba(const vips::VImage& rgba, bool opaque);
+    // A copy of a Qt image (any format, converted to sRGB when it declares another colour
+    // space). Size in points = pixel size, whatever resolution the QImage declares. Opaque
+    // unless some pixel actually has alpha below 255.
+    static Image fromQImage(const QImage& image);
 
     bool isNull() const { return !_data; }
     explicit operator bool() const { return !isNull(); }

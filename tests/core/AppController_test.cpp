@@ -10,49 +10,13 @@
 #include "platform/DefaultsKeys.h"
 #include "selection/InputImageView.h"
 #include "support/BadFiles.h"
+#include "support/ControllerFixture.h"
 #include "support/TestImages.h"
 
 namespace marigold {
 namespace {
 
 using namespace keys;
-
-void finishPass() {
-    // Two rounds: a deferred call may defer once more.
-    QCoreApplication::processEvents();
-    QCoreApplication::processEvents();
-}
-
-class AppControllerTest : public ::testing::Test {
-protected:
-    AppControllerTest()
-        : defaults(dir.filePath(QStringLiteral("settings.ini"))), controller(defaults) {
-        input.resize(400, 300);
-        output.resize(400, 300);
-        controller.setViews(&input, &output);
-        controller.askSizeLimitWarning = [this] {
-            ++warningsShown;
-            return answerDontShowAgain;
-        };
-    }
-
-    // A 400 x 300 source, fully selected, with the history of the opening cleared.
-    void openGradient() {
-        input.setImage(test::gradientImage(400, 300));
-        finishPass();
-        controller.selectAll();
-        finishPass();
-        controller.undoManager().removeAllActions();
-    }
-
-    QTemporaryDir dir;
-    Defaults defaults;
-    AppController controller;
-    InputImageView input;
-    OutputImageView output;
-    int warningsShown = 0;
-    bool answerDontShowAgain = false;
-};
 
 // A typed number in one of the two text-checked fields.
 struct TextCase {

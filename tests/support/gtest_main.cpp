@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QTemporaryDir>
 
 #include "platform/VipsRuntime.h"
 
@@ -8,6 +9,9 @@
 // pass and the controller defers corrections to the next pass.
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    // The desktop's shared lists (recent files) of a scratch home, never the user's.
+    QTemporaryDir home;
+    qputenv("XDG_DATA_HOME", home.path().toUtf8());
     QApplication app(argc, argv);
     if (!marigold::startVips(argv[0])) return 1;
     ::testing::InitGoogleTest(&argc, argv);
