@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QMimeData>
+#include <QProcess>
 #include <QUrl>
 
 #include <unistd.h>
@@ -124,6 +125,41 @@ TEST_F(DocumentCommands, EveryWriteGetsAFolderOfItsOwnAndUnknownFormatsAreJpeg) 
     EXPECT_TRUE(output.writer()->isCacheValid());
     output.setImage(output.image());
     EXPECT_FALSE(output.writer()->isCacheValid());
+}
+
+TEST_F(DocumentCommands, MetadataTravelsAsTheSettingSays) {
+    const QString source = openPhoto();
+    ASSERT_EQ(std::system(qPrintable(QStringLiteral("exiftool -q -overwrite_original -Make=Marigold-Test '%1'").arg(source))), 0);
+    const auto makeIn = [](const QString& path) {
+        QProcess tool;
+        tool.start(QStringLiteral("exiftool"), {QStringLiteral("-s3"), QStringLiteral("-Make"), path});
+        tool.waitForFinished();
+        return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
+    };
+    const struct {
+        int preserve, format;
+        bool carriesMake;
+    } cases[] = {
+        {0, 101, false}, {0, 103, false},
+        // TIFF keeps the metadata for any non-zero setting; a JPEG with 1 gets the EXIF
+        // block copied by the transplant instead, which this writer has not been given.
+        {1, 103, true}, {1, 101, false},
+        {2, 101, true}, {2, 103, true}, {2, 102, false}, {2, 104, false},
+    };
+    for (const auto& c : cases) {
+        defaults.setInteger(DefPreserveExif, c.preserve);
+        defaults.setInteger(DefFileFormat, c.format);
+        const QString path = output.writeTmpFile();
+        EXPECT_EQ(makeIn(path) == QStringLiteral("Marigold-Test"), c.carriesMake)
+            << "PreserveExif " << c.preserve << " format " << c.format;
+    }
+    // With 1, a JPEG goes through the transplant, given the source and the new file.
+    QStringList copied;
+    output.writer()->copyExif = [&](const QString& from, const QString& to) { copied << from << to; };
+    defaults.setInteger(DefPreserveExif, 1);
+    defaults.setInteger(DefFileFormat, 101);
+    const QString jpeg = output.writeTmpFile();
+    EXPECT_EQ(copied, (QStringList{source, jpeg}));
 }
 
 TEST_F(DocumentCommands, CopyPutsThePixelsAndTheWrittenFileOnTheClipboard) {

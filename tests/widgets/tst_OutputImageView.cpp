@@ -1,12 +1,60 @@
+#include <QApplication>
+#include <QDir>
+#include <QMouseEvent>
 #include <QScrollArea>
 #include <QSignalSpy>
 #include <QTest>
 
+#include <QFileInfo>
+#include <QLabel>
+#include <QPdfWriter>
+#include <QPrinter>
+#include <QTemporaryDir>
+
 #include "output/OutputImageView.h"
+#include "output/OutputViewDelegate.h"
+#include "output/TempFolder.h"
+#include "platform/Defaults.h"
+#include "platform/DefaultsKeys.h"
 #include "platform/VipsRuntime.h"
 #include "support/TestImages.h"
 
 using namespace marigold;
+
+namespace {
+
+// The document side of the view: settings in a scratch store, files in a scratch folder.
+class Document : public OutputViewDelegate, public FileReceiver {
+public:
+    Document() : store(dir.filePath(QStringLiteral("settings.ini"))), folder(dir.path() + QLatin1Char('/')) {
+        store.registerDefaults(Defaults::factoryDefaults());
+    }
+    Defaults& defaults() override { return store; }
+    TempFolder& tempFolder() override { return folder; }
+    QString filename() override { return QStringLiteral("out"); }
+    int fileFormat() const override { return format; }
+    int compression() const override { return 80; }
+    bool hasFilesizeLimit() const override { return limitKB > 0; }
+    QString filesizeLimit() const override { return QString::number(limitKB); }
+    std::optional<Metadata> metadata() const override { return std::nullopt; }
+    QString sourcePath() const override { return {}; }
+    void sendFile(const QString& path) override { sent << path; }
+
+    QTemporaryDir dir;
+    Defaults store;
+    TempFolder folder;
+    int format = 102;
+    int limitKB = 0;
+    QStringList sent;
+};
+
+// A move with the left button held (QTest's own moves carry no buttons).
+void dragTo(QWidget& view, QPoint to) {
+    QMouseEvent move(QEvent::MouseMove, to, view.mapToGlobal(to), Qt::NoButton, Qt::LeftButton, {});
+    QApplication::sendEvent(&view, &move);
+}
+
+}  // namespace
 
 class TestOutputImageView : public QObject {
     Q_OBJECT
@@ -80,6 +128,90 @@ private Q_SLOTS:
         QCOMPARE(pixel.red(), 10);
         QCOMPARE(pixel.green(), 20);
         QCOMPARE(pixel.blue(), 30);
+    }
+
+    void aPressWritesTheFileAndShowsItsSize() {
+        Document document;
+        OutputImageView view;
+        QLabel label;
+        view.setFilesizeLabel(&label);
+        view.setDelegate(&document);
+        view.resize(300, 200);
+        view.setImage(test::photoLikeImage(200, 100));
+        QTest::mousePress(&view, Qt::LeftButton, {}, QPoint(150, 100));
+        const QFileInfo file(view.tmpPath());
+        QVERIFY(file.isFile());
+        QCOMPARE(file.fileName(), QStringLiteral("out.png"));
+        QVERIFY(!label.text().isEmpty());
+        QVERIFY(label.text().endsWith(QStringLiteral("KB")));
+        // A new output: the size shown no longer applies.
+        view.setImage(test::photoLikeImage(100, 100));
+        QVERIFY(label.text().isEmpty());
+    }
+
+    void aDoubleClickSendsOnlyAFileThatWasWritten() {
+        Document document;
+        OutputImageView view;
+        view.setDelegate(&document);
+        view.setDoubleClickTarget([&document] { return &document; });
+        view.resize(300, 200);
+        view.setImage(test::photoLikeImage(1600, 1200));
+        document.format = 101;
+        document.limitKB = 10;  // nothing this noisy fits: no file
+        // As the window system delivers a double click: a click, then the second press.
+        const auto doubleClick = [&view] {
+            QTest::mouseClick(&view, Qt::LeftButton, {}, QPoint(150, 100));
+            QTest::mouseDClick(&view, Qt::LeftButton, {}, QPoint(150, 100));
+        };
+        doubleClick();
+        QVERIFY(view.tmpPath().isEmpty());
+        QCOMPARE(document.sent, QStringList());
+        document.limitKB = 0;
+        doubleClick();
+        QVERIFY(!view.tmpPath().isEmpty());
+        QCOMPARE(document.sent, QStringList{view.tmpPath()});
+    }
+
+    void draggingWhenTheLimitCannotBeMetAlertsInsteadOfDragging() {
+        Document document;
+        document.format = 101;
+        document.limitKB = 10;
+        OutputImageView view;
+        QStringList alerts;
+        view.showAlert = [&](const QString& title, const QString& text) { alerts << title << text; };
+        view.setDelegate(&document);
+        view.resize(300, 200);
+        view.setToolTip(QStringLiteral("Drag me"));
+        view.setImage(test::photoLikeImage(1600, 1200));
+        QTest::mousePress(&view, Qt::LeftButton, {}, QPoint(100, 100));
+        dragTo(view, QPoint(160, 140));
+        QCOMPARE(alerts, (QStringList{QStringLiteral("File Size Limit Too Low"),
+                                      QStringLiteral("Unable to keep file under 10 KB.\nPlease turn off "
+                                                     "file size limit or increase the limit.")}));
+        QVERIFY(view.toolTip().isEmpty());
+        QVERIFY(!QDir(document.folder.tmpdir() + QStringLiteral("/0")).entryList(QDir::Files).size());
+
+        // Without an image a drag does nothing at all.
+        alerts.clear();
+        view.setImage({});
+        QTest::mousePress(&view, Qt::LeftButton, {}, QPoint(100, 100));
+        dragTo(view, QPoint(160, 140));
+        QVERIFY(alerts.isEmpty());
+    }
+
+    void printsInsideTenPointMarginsShrunkButNeverEnlarged() {
+        QTemporaryDir dir;
+        for (const QSize pixels : {QSize(3000, 1000), QSize(100, 50)}) {
+            OutputImageView view;
+            view.setImage(test::gradientImage(pixels.width(), pixels.height()));
+            QPrinter printer(QPrinter::HighResolution);
+            printer.setOutputFormat(QPrinter::PdfFormat);
+            printer.setOutputFileName(dir.filePath(QStringLiteral("page.pdf")));
+            printer.setPageSize(QPageSize(QPageSize::A4));
+            view.printImage(printer);
+            QCOMPARE(printer.pageLayout().margins(QPageLayout::Point), QMarginsF(10, 10, 10, 10));
+            QVERIFY(QFileInfo(printer.outputFileName()).size() > 1000);
+        }
     }
 };
 

@@ -1,0 +1,77 @@
+#include "output/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+namespace marigold {
+namespace {
+
+QString base(const QTemporaryDir& dir) { return dir.path() + QLatin1Char('/'); }
+
+void touch(const QString& path) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+}
+
+TEST(TempFolder, OnePrivateFolderPerProcessWithNumberedSubFolders) {
+    QTemporaryDir dir;
+    TempFolder folder(base(dir));
+    const QString expected = base(dir) + QStringLiteral("com.bluefinch.Marigold-") +
+                             QString::number(QCoreApplication::applicationPid());
+    EXPECT_EQ(folder.tmpdirString(), expected);
+    EXPECT_EQ(folder.tmpdir(), expected);
+    EXPECT_EQ(QFileInfo(expected).permissions() & 0x0077, 0) << "only the owner may enter";
+    EXPECT_EQ(folder.pathForImageNamed(QStringLiteral("a"), QStringLiteral("png")), expected + QStringLiteral("/0/a.png"));
+    EXPECT_EQ(folder.pathForImageNamed(QStringLiteral("a"), QStringLiteral("png")), expected + QStringLiteral("/1/a.png"));
+    EXPECT_TRUE(QFileInfo(expected + QStringLiteral("/1")).isDir());
+    touch(expected + QStringLiteral("/1/a.png"));
+    EXPECT_TRUE(folder.cleanupTmpdir());
+    EXPECT_FALSE(QFileInfo::exists(expected));
+    EXPECT_TRUE(folder.cleanupTmpdir()) << "nothing left to remove is success";
+}
+
+TEST(TempFolder, AnUnusableBaseGivesNoFolderAndIsTriedAgain) {
+    QTemporaryDir dir;
+    TempFolder folder(base(dir) + QStringLiteral("missing/"));
+    EXPECT_TRUE(folder.tmpdir().isEmpty());
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("missing")));
+    EXPECT_FALSE(folder.tmpdir().isEmpty());
+}
+
+TEST(TempFolder, LeftoversOfOurPidAreReplacedButNeverSomeoneElsesLink) {
+    QTemporaryDir dir, elsewhere;
+    TempFolder folder(base(dir));
+    ASSERT_TRUE(QDir().mkdir(folder.tmpdirString()));
+    touch(folder.tmpdirString() + QStringLiteral("/old"));
+    EXPECT_EQ(folder.tmpdir(), folder.tmpdirString());
+    EXPECT_FALSE(QFileInfo::exists(folder.tmpdirString() + QStringLiteral("/old")));
+
+    QTemporaryDir other;
+    TempFolder planted(base(other));
+    ASSERT_TRUE(QFile::link(elsewhere.path(), planted.tmpdirString()));
+    EXPECT_TRUE(planted.tmpdir().isEmpty());
+    EXPECT_TRUE(QFileInfo(elsewhere.path()).isDir());
+}
+
+TEST(TempFolder, FoldersOfProcessesThatNoLongerRunAreRemoved) {
+    QTemporaryDir dir;
+    const QString prefix = base(dir) + QStringLiteral("com.bluefinch.Marigold-");
+    // Above the largest pid Linux hands out, so surely not running; pid 1 always runs.
+    const QString dead = prefix + QStringLiteral("4194305");
+    const QString alive = prefix + QStringLiteral("1");
+    const QString unrelated = base(dir) + QStringLiteral("com.bluefinch.Marigold-notes");
+    for (const QString& path : {dead, alive, unrelated}) ASSERT_TRUE(QDir().mkdir(path));
+    touch(dead + QStringLiteral("/left.jpg"));
+    EXPECT_EQ(TempFolder::removeStaleTmpdirs(base(dir)), 1);
+    EXPECT_FALSE(QFileInfo::exists(dead));
+    EXPECT_TRUE(QFileInfo::exists(alive));
+    EXPECT_TRUE(QFileInfo::exists(unrelated));
+}
+
+}  // namespace
+}  // namespace marigold
