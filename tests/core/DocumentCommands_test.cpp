@@ -162,6 +162,22 @@ TEST_F(DocumentCommands, MetadataTravelsAsTheSettingSays) {
     EXPECT_EQ(copied, (QStringList{source, jpeg}));
 }
 
+TEST_F(DocumentCommands, NonsenseSettingsAndAVanishedSourceStillSave) {
+    const QString source = openPhoto();
+    defaults.setObject(QString(DefFileFormat), QStringLiteral("banana"));
+    defaults.setObject(QString(DefJpegQuality), -40);
+    defaults.setInteger(DefPreserveExif, 2);
+    // The source is gone by the time of saving: the output is in memory, only its
+    // metadata cannot be read any more.
+    ASSERT_TRUE(QFile::remove(source));
+    const QString target = dir.filePath(QStringLiteral("saved"));
+    controller.savePanelDidEnd(true, target);
+    const QString saved = target + QStringLiteral(".jpg");
+    ASSERT_TRUE(QFileInfo::exists(saved));
+    EXPECT_EQ(decoded(saved).width(), 400);
+    EXPECT_TRUE(alerts.isEmpty());
+}
+
 TEST_F(DocumentCommands, CopyPutsThePixelsAndTheWrittenFileOnTheClipboard) {
     openPhoto();
     defaults.setInteger(DefFileFormat, 102);
