@@ -71,3 +71,34 @@ window_geometry() {
     eval "$(xdotool getwindowgeometry --shell "$WID")"
     WIN_X=$X WIN_Y=$Y WIN_W=$WIDTH WIN_H=$HEIGHT
 }
+
+# A picture of four quarters: red, green over blue, yellow.
+make_quarters() {
+    convert -size 300x200 xc:'#ff0000' xc:'#00ff00' +append \
+        \( -size 300x200 xc:'#0000ff' xc:'#ffff00' +append \) -append "$@"
+}
+
+# Drags from (x0, y0) to (x1, y1) in `steps` moves with the left button held.
+drag_mouse() {
+    local x0=$1 y0=$2 x1=$3 y1=$4 steps=$5
+    xdotool mousemove "$x0" "$y0" mousedown 1
+    for step in $(seq 1 "$steps"); do
+        xdotool mousemove $((x0 + (x1 - x0) * step / steps)) $((y0 + (y1 - y0) * step / steps))
+        sleep 0.05
+    done
+    xdotool mouseup 1
+    sleep 1
+}
+
+# With the quarters shown, drags a selection from just inside the red quarter's top-left
+# to just inside its bottom-right. Sets HALF (the input pane's width).
+select_red_quarter() {
+    window_geometry
+    screenshot
+    HALF=$((WIN_W / 2))
+    local rw rh rx ry
+    read -r rw rh rx ry <<<"$(color_box '#ff0000' "$HALF" "$WIN_H" "$WIN_X" "$WIN_Y")"
+    [ "${rw:-0}" -gt 40 ] || fail "the red quarter is not shown in the input pane"
+    drag_mouse $((WIN_X + rx + 6)) $((WIN_Y + ry + 6)) \
+        $((WIN_X + rx + rw - 8)) $((WIN_Y + ry + rh - 8)) 8
+}

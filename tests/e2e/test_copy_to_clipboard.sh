@@ -6,26 +6,11 @@ source "$(dirname "$0")/lib.sh"
 APP=$1
 
 IMAGE="$E2E_TMP/quarters.jpg"
-convert -size 300x200 xc:'#ff0000' xc:'#00ff00' +append \
-    \( -size 300x200 xc:'#0000ff' xc:'#ffff00' +append \) -append -quality 92 "$IMAGE"
+make_quarters -quality 92 "$IMAGE"
 
 start_x
 start_app "$APP" "$IMAGE"
-window_geometry
-screenshot
-
-half=$((WIN_W / 2))
-read -r rw rh rx ry <<<"$(color_box '#ff0000' "$half" "$WIN_H" "$WIN_X" "$WIN_Y")"
-[ "${rw:-0}" -gt 40 ] || fail "the red quarter is not shown in the input pane"
-x0=$((WIN_X + rx + 6)) y0=$((WIN_Y + ry + 6))
-x1=$((WIN_X + rx + rw - 8)) y1=$((WIN_Y + ry + rh - 8))
-xdotool mousemove "$x0" "$y0" mousedown 1
-for step in 1 2 3 4 5 6; do
-    xdotool mousemove $((x0 + (x1 - x0) * step / 6)) $((y0 + (y1 - y0) * step / 6))
-    sleep 0.05
-done
-xdotool mouseup 1
-sleep 1
+select_red_quarter
 xdotool key --window "$WID" ctrl+c
 sleep 1
 
