@@ -20,7 +20,9 @@ test: build
 	cd $(BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS) --timeout 300
 
 bench: build
-	$(BUILD)/bench/marigold_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
+	$(BUILD)/bench/marigold_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+		--benchmark_enable_random_interleaving=true
+	bench/export_vs_imagemagick.sh $(BUILD)/app/marigold
 
 clean:
 	rm -rf $(BUILD)

@@ -1,17 +1,39 @@
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QCoreApplication>
 #include <cstdio>
 
 #include "core/AppController.h"
+#include "core/HeadlessExport.h"
 #include "core/MainWindow.h"
 #include "platform/Defaults.h"
 #include "platform/VipsRuntime.h"
 
+namespace {
+
+void nameApplication() {
+    QCoreApplication::setOrganizationName(QStringLiteral("Marigold"));
+    QCoreApplication::setApplicationName(QStringLiteral("Marigold"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(MARIGOLD_VERSION));
+}
+
+// Scripts and batch jobs run where there may be no display: no GUI application object, so
+// no platform plugin is loaded.
+int exportHeadless(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    nameApplication();
+    return marigold::runExportCommand(QCoreApplication::arguments().mid(1), argv[0]);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) arguments << QString::fromLocal8Bit(argv[i]);
+    if (marigold::isExportCommand(arguments)) return exportHeadless(argc, argv);
+
     QApplication app(argc, argv);
-    QApplication::setOrganizationName(QStringLiteral("Marigold"));
-    QApplication::setApplicationName(QStringLiteral("Marigold"));
-    QApplication::setApplicationVersion(QStringLiteral(MARIGOLD_VERSION));
+    nameApplication();
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
@@ -19,6 +41,10 @@ int main(int argc, char** argv) {
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("The image to open."));
+    // Handled before this parser runs; listed so that --help tells scripts it exists.
+    parser.addOption({QStringLiteral("export"),
+                      QStringLiteral("Export without a window; see marigold --export --help."),
+                      QStringLiteral("OUT")});
     parser.process(app);
 
     if (!marigold::startVips(argv[0])) return 1;

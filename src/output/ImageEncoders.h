@@ -22,15 +22,31 @@ QByteArray encodeTiff(const Image& image);
 // format's on/off alpha.
 QByteArray encodeGif(const Image& image);
 
+// One image's JPEGs at any quality, its pixels prepared once.
+class JpegEncoder {
+public:
+    explicit JpegEncoder(const Image& image);
+    // The file's bytes, JFIF header included. With `stopAt` > 0, encoding gives up once the
+    // file reaches that many bytes and returns nothing; `size` then says how far it got.
+    QByteArray encode(int quality, qint64 stopAt, qint64* size);
+
+private:
+    vips::VImage _pixels;
+    int _encodes = 0;
+};
+
 bool writeToPNGFile(const Image& image, const QString& path);
 bool writeToGIFFile(const Image& image, const QString& path);
 bool writeToTIFFFile(const Image& image, const QString& path,
                      const std::optional<Metadata>& metadata);
 
 // One attempt at `quality`: writes the file only when `byteLimit` is 0 or the encoded size,
-// metadata included, is below it. `returnSize` receives that size.
+// metadata included, is below it. `returnSize` receives that size, or with `stopAt` > 0 at
+// least `stopAt` when the file would have reached it.
 bool writeToJPEGFile(const Image& image, const QString& path, int quality, int byteLimit,
                      int* returnSize, const std::optional<Metadata>& metadata);
+bool writeToJPEGFile(JpegEncoder& encoder, const QString& path, int quality, int byteLimit,
+                     int stopAt, int* returnSize, const std::optional<Metadata>& metadata);
 // Steps the quality down from `compression` until the file fits under `filesizeLimitKB`
 // (0: no limit); false, with nothing written, when no quality fits. `trace` (optional)
 // receives each attempt's quality and size.

@@ -1,5 +1,6 @@
 #include "output/JpegSizeSearch.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace marigold {
@@ -27,13 +28,28 @@ float nextFactorForFactor(float f, float r) {
     return f - 1.0f;
 }
 
+namespace {
+
+// The smallest size that counts as more than three times the limit, in the single
+// precision the first row of the table compares in: every size from there on steps the
+// same way, whatever it is exactly.
+int threefoldSize(int byteLimit) {
+    if (byteLimit <= 0) return 0;
+    int64_t size = int64_t(byteLimit) * 3;
+    while (!(float(size) / float(byteLimit) > 3.0f)) ++size;
+    return int(std::min<int64_t>(size, INT32_MAX));
+}
+
+}  // namespace
+
 bool searchJpegQuality(int quality, int limitKB, const JpegAttemptFunction& attempt,
                        std::vector<JpegAttempt>* trace) {
     // The limit travels as a 32-bit byte count, as the file sizes do.
     const int byteLimit = int(uint32_t(limitKB) << 10);
+    const int stopAt = threefoldSize(byteLimit);
     while (quality > 0) {
         int size = 0;
-        const bool kept = attempt(quality, byteLimit, &size);
+        const bool kept = attempt(quality, byteLimit, stopAt, &size);
         if (trace) trace->push_back({quality, size});
         if (kept) return true;
         if (byteLimit == 0 || size < byteLimit) return false;

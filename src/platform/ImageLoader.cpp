@@ -3,6 +3,8 @@
 #include <QFileInfo>
 #include <future>
 
+#include "platform/VipsRuntime.h"
+
 namespace marigold {
 
 namespace {
@@ -65,7 +67,11 @@ LoadedImage loadImageFile(const QString& path) {
     const QByteArray name = path.toLocal8Bit();
     if (!vips_foreign_find_load(name.constData())) {
         vips_error_clear();
-        return {{}, QStringLiteral("not an image file")};
+        // Perhaps a format whose module was left out at start-up.
+        if (!loadDeferredVipsModules() || !vips_foreign_find_load(name.constData())) {
+            vips_error_clear();
+            return {{}, QStringLiteral("not an image file")};
+        }
     }
     try {
         vips::VImage header = vips::VImage::new_from_file(name.constData(), loadOptions());

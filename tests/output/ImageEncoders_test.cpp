@@ -67,6 +67,18 @@ TEST(ImageEncoders, LosslessFormatsGiveBackThePixelsAndKeepAlphaOnlyWhenNeeded) 
     }
 }
 
+// Opaque pictures lose their alpha band row by row; the last pixel of a row is copied
+// differently from the others, so narrow and single-column pictures are the ones to check.
+TEST(ImageEncoders, OpaquePicturesOfAnyWidthKeepEveryPixel) {
+    for (const auto& [w, h] : {std::pair{1, 7}, {2, 3}, {7, 1}, {3, 1000}, {1001, 2}}) {
+        const Image opaque = test::gradientImage(w, h);
+        const VImage back = decoded(encodePng(opaque));
+        ASSERT_EQ(back.bands(), 3) << w << " x " << h;
+        const VImage expected = opaque.pixels().extract_band(0, VImage::option()->set("n", 3));
+        EXPECT_EQ(test::difference(back, expected).max(), 0) << w << " x " << h;
+    }
+}
+
 TEST(ImageEncoders, JpegPutsTransparencyOnWhiteAndFollowsTheQuality) {
     const Image soft = halfTransparent(400, 100);
     const VImage back = decoded(encodeJpeg(soft, 95));

@@ -36,9 +36,13 @@ TEST(JpegSizeSearch, NextQualityFollowsTheStepTable) {
 struct ScriptedEncoder {
     std::map<int, int> sizes;
     bool writeFails = false;
+    bool stopsEarly = false;  // reports no more than the stop size, as a real encoder may
     int writes = 0;
-    bool operator()(int quality, int byteLimit, int* size) {
+    int lastStopAt = 0;
+    bool operator()(int quality, int byteLimit, int stopAt, int* size) {
+        lastStopAt = stopAt;
         *size = sizes.count(quality) ? sizes.at(quality) : 1000;
+        if (stopsEarly && stopAt > 0) *size = std::min(*size, stopAt);
         if (byteLimit != 0 && *size >= byteLimit) return false;
         ++writes;
         return !writeFails;
@@ -89,6 +93,32 @@ TEST(JpegSizeSearch, EveryStepLowersTheQualityUntilItRunsOut) {
     for (size_t i = 1; i < trace.size(); ++i) EXPECT_LT(trace[i].quality, trace[i - 1].quality);
     EXPECT_LE(trace.size(), 10u);
     EXPECT_EQ(encoder.writes, 0);
+}
+
+TEST(JpegSizeSearch, StoppingAtThreeTimesTheLimitChangesNoStep) {
+    for (int limitKB : {10, 50, 100, 777, 9990}) {
+        // A walk through far over, just over and just under three times the limit:
+        // 100 -> 95 -> 55 -> 25 -> 5 -> below 1.
+        const double limit = limitKB * 1024.0;
+        std::map<int, int> sizes;
+        for (const auto& [quality, ratio] : std::map<int, double>{
+                 {100, 40}, {95, 3.0001}, {55, 2.9999}, {25, 1.8}, {5, 3.0000001}}) {
+            sizes[quality] = int(limit * ratio);
+        }
+        ScriptedEncoder exact{sizes}, stopping{sizes};
+        stopping.stopsEarly = true;
+        std::vector<JpegAttempt> exactTrace, stoppingTrace;
+        const bool found = searchJpegQuality(100, limitKB, std::ref(exact), &exactTrace);
+        EXPECT_EQ(searchJpegQuality(100, limitKB, std::ref(stopping), &stoppingTrace), found);
+        ASSERT_EQ(exactTrace.size(), stoppingTrace.size()) << limitKB;
+        for (size_t i = 0; i < exactTrace.size(); ++i) {
+            EXPECT_EQ(exactTrace[i].quality, stoppingTrace[i].quality) << limitKB << " attempt " << i;
+        }
+        // The stop is the very first size the table reads as more than threefold.
+        const int stopAt = exact.lastStopAt;
+        EXPECT_TRUE(float(stopAt) / float(limit) > 3.0f) << limitKB;
+        EXPECT_FALSE(float(stopAt - 1) / float(limit) > 3.0f) << limitKB;
+    }
 }
 
 }  // namespace

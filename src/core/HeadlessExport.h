@@ -1,0 +1,77 @@
+#pragma once
+
+#include <QColor>
+#include <QString>
+#include <QStringList>
+#include <optional>
+#include <vector>
+
+#include "output/JpegSizeSearch.h"
+#include "output/OutputFile.h"
+#include "platform/Geometry.h"
+
+namespace marigold {
+
+// A crop as typed on a command line: source pixels, origin at the top-left, y down.
+struct PixelCrop {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+    friend bool operator==(const PixelCrop&, const PixelCrop&) = default;
+};
+
+// One export without a window, as `marigold --export` describes it.
+struct ExportOptions {
+    enum class Sizing { Scale, Width, Height };
+
+    QString input;
+    QString output;
+    std::optional<PixelCrop> crop;  // the whole image when absent
+    Sizing sizing = Sizing::Scale;
+    double size = 1;  // the scale factor, or the output width or height in pixels
+    float sharpness = 0;
+    int borderThickness = 0;  // 0: no border
+    QColor borderColor = QColor(0, 0, 0);
+    int format = JpegFormat;
+    int quality = 80;
+    int limitKB = 0;  // 0: no limit
+    int preserveExif = 1;
+    bool verbose = false;
+    bool help = false;  // only print the help text
+};
+
+struct ParsedExport {
+    std::optional<ExportOptions> options;
+    QString error;  // one line, when there are no options
+};
+
+// True when the command line asks for an export rather than a window.
+bool isExportCommand(const QStringList& arguments);
+
+// `arguments` without the program name. Looks at no file: paths are checked when exporting.
+ParsedExport parseExportArguments(const QStringList& arguments);
+QString exportHelpText();
+
+// `crop` clipped to an image of `wide` x `high` pixels and turned into the pipeline's
+// rectangle (origin lower-left, y up); nothing when no part of it lies inside the image.
+std::optional<RectF> pipelineRect(PixelCrop crop, int wide, int high);
+
+struct ExportResult {
+    QString error;                      // one line; empty on success
+    std::vector<JpegAttempt> attempts;  // the JPEG quality search, in order
+    int wide = 0;                       // output pixels, once known
+    int high = 0;
+};
+
+// Loads, crops, scales, sharpens, frames and writes `options.output` atomically: on any
+// failure an existing output file is left as it was. `copyExif` moves the source's EXIF
+// block into a JPEG when `preserveExif` is 1; without one nothing is copied.
+ExportResult runExport(const ExportOptions& options, const ExifCopier& copyExif = {});
+
+// The whole command: help, or parse, start libvips, export and report. Returns the process
+// exit status.
+int runExportCommand(const QStringList& arguments, const char* argv0,
+                     const ExifCopier& copyExif = {});
+
+}  // namespace marigold
