@@ -2,6 +2,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QMap>
 #include <QMimeData>
 #include <QUrl>
 
@@ -11,55 +12,67 @@ namespace marigold {
 
 namespace {
 
-// Fast zlib level: a paste should not stall for long, and PNG size matters little here.
-QByteArray pngBytes(const Image& image) {
+const QString kPng = QStringLiteral("image/png");
+const QString kTiff = QStringLiteral("image/tiff");
+
+// Fast settings (zlib level 1, LZW): a paste should not stall for long, and the size of what
+// passes through the clipboard matters little.
+QByteArray imageBytes(const Image& image, const QString& mimeType) {
     try {
         vips::VImage pixels = image.pixels();
         if (image.isOpaque()) pixels = pixels.extract_band(0, vips::VImage::option()->set("n", 3));
         void* buffer = nullptr;
         size_t length = 0;
-        pixels.write_to_buffer(".png", &buffer, &length,
-                               vips::VImage::option()->set("compression", 1));
+        if (mimeType == kPng) {
+            pixels.write_to_buffer(".png", &buffer, &length,
+                                   vips::VImage::option()->set("compression", 1));
+        } else {
+            pixels.write_to_buffer(".tif", &buffer, &length,
+                                   vips::VImage::option()->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_LZW));
+        }
         QByteArray bytes(static_cast<const char*>(buffer), qsizetype(length));
         g_free(buffer);
         return bytes;
     } catch (const vips::VError& error) {
-        qWarning("clipboard: cannot encode PNG: %s", error.what());
+        qWarning("clipboard: cannot encode %s: %s", qPrintable(mimeType), error.what());
         return {};
     }
 }
 
-const QString kPng = QStringLiteral("image/png");
-
 // Qt can convert the image to every format it writes, but its platform plugins differ in
-// which of those they advertise; PNG is listed here so that every client sees it. The bytes are
-// made when a client first asks: encoding a large output takes seconds, and most pastes (ours, or
-// of the file) never need them.
+// which of those they advertise, and it writes no TIFF; PNG and TIFF are listed here so that
+// every client sees them. The bytes are made when a client first asks: encoding a large
+// output takes seconds, and most pastes (ours, or of the file) never need them.
 class OutputMimeData : public QMimeData {
 public:
     explicit OutputMimeData(Image image) : _image(std::move(image)) {}
 
     QStringList formats() const override {
         QStringList list = QMimeData::formats();
-        if (!_image.isNull() && !list.contains(kPng)) list.prepend(kPng);
+        for (const QString& format : {kTiff, kPng}) {
+            if (!_image.isNull() && !list.contains(format)) list.prepend(format);
+        }
         return list;
     }
 
 protected:
     QVariant retrieveData(const QString& mimeType, QMetaType type) const override {
-        if (mimeType != kPng || _image.isNull()) return QMimeData::retrieveData(mimeType, type);
-        if (_png.isEmpty()) _png = pngBytes(_image);
-        return _png;
+        if ((mimeType != kPng && mimeType != kTiff) || _image.isNull()) {
+            return QMimeData::retrieveData(mimeType, type);
+        }
+        QByteArray& bytes = _encoded[mimeType];
+        if (bytes.isEmpty()) bytes = imageBytes(_image, mimeType);
+        return bytes;
     }
 
 private:
     Image _image;
-    mutable QByteArray _png;
+    mutable QMap<QString, QByteArray> _encoded;
 };
 
 // Lossless formats first; whatever else is offered as an image/ type after them.
 QStringList imageFormatsByPreference(const QMimeData& data) {
-    QStringList ordered = {kPng, QStringLiteral("image/tiff")};
+    QStringList ordered = {kPng, kTiff};
     ordered.removeIf([&](const QString& format) { return !data.hasFormat(format); });
     for (const QString& format : data.formats()) {
         if (format.startsWith(QLatin1String("image/")) && !ordered.contains(format)) {

@@ -16,7 +16,7 @@ sleep 1
 
 clip() { timeout 10 xclip -selection clipboard -t "$1" -o; }
 targets=$(clip TARGETS) || fail "nothing on the clipboard"
-for wanted in image/png text/uri-list x-special/gnome-copied-files; do
+for wanted in image/png image/tiff text/uri-list x-special/gnome-copied-files; do
     grep -qx "$wanted" <<<"$targets" || fail "the clipboard does not offer $wanted: $targets"
 done
 

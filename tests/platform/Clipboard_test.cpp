@@ -84,7 +84,7 @@ TEST_F(ClipboardTest, OutputCarriesPixelsAndTheFileForFileManagers) {
     ASSERT_NE(data, nullptr);
 
     for (const char* format :
-         {"image/png", "text/uri-list", "x-special/gnome-copied-files", "text/plain"}) {
+         {"image/png", "image/tiff", "text/uri-list", "x-special/gnome-copied-files", "text/plain"}) {
         EXPECT_TRUE(data->hasFormat(format)) << format;
     }
     EXPECT_TRUE(data->hasImage());
@@ -93,15 +93,19 @@ TEST_F(ClipboardTest, OutputCarriesPixelsAndTheFileForFileManagers) {
               "copy\nfile:///tmp/out%20dir/%C3%BCn%C3%AF%20photo.jpg");
     EXPECT_EQ(data->text(), file);
 
-    // The PNG bytes are a real PNG of the output, decoded here by libvips.
-    const QByteArray png = data->data("image/png");
-    ASSERT_TRUE(png.startsWith("\x89PNG"));
-    const vips::VImage decoded = vips::VImage::new_from_buffer(png.constData(), png.size(), "");
-    EXPECT_EQ(decoded.bands(), 3) << "opaque output needs no alpha";
-    EXPECT_EQ(test::difference(decoded,
-                               output.pixels().extract_band(0, vips::VImage::option()->set("n", 3)))
-                  .max(),
-              0);
+    // The PNG and TIFF bytes are real files of the output, decoded here by libvips.
+    for (const char* format : {"image/png", "image/tiff"}) {
+        const QByteArray bytes = data->data(format);
+        const vips::VImage decoded = vips::VImage::new_from_buffer(bytes.constData(), bytes.size(), "");
+        EXPECT_EQ(decoded.bands(), 3) << format << ": opaque output needs no alpha";
+        EXPECT_EQ(test::difference(decoded, output.pixels().extract_band(
+                                                0, vips::VImage::option()->set("n", 3)))
+                      .max(),
+                  0)
+            << format;
+    }
+    EXPECT_TRUE(data->data("image/png").startsWith("\x89PNG"));
+    EXPECT_TRUE(data->data("image/tiff").startsWith("II*"));
 
     const std::optional<Image> pasted = imageFromClipboard();
     ASSERT_TRUE(pasted);
