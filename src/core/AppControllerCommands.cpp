@@ -76,15 +76,16 @@ void AppController::saveDocumentInFolder(const QString& directory) {
 QString AppController::userEnteredFilename(const QString& name, int format) {
     static const QStringList recognised = {QStringLiteral("png"), QStringLiteral("jpg"),
                                            QStringLiteral("gif"), QStringLiteral("tif")};
+    // A leading dot starts a hidden name, not an extension.
     const int dot = name.lastIndexOf(QLatin1Char('.'));
-    const bool known = dot >= 0 && recognised.contains(name.mid(dot + 1).toLower());
+    const bool known = dot > 0 && recognised.contains(name.mid(dot + 1).toLower());
     return (known ? name.left(dot) : name) + QLatin1Char('.') + extensionForFormat(format);
 }
 
 void AppController::savePanelDidEnd(bool accepted, const QString& target) {
     if (!accepted || !_outputView) return;
     const QString temp = _outputView->writeTmpFile();
-    if (temp.isEmpty()) {
+    if (temp.isEmpty() && _outputView->writer()->limitTooLow()) {
         showAlert(tr("File Size Limit Too Low"),
                   tr("Unable to keep file under %1 KB.\nPlease turn off file size limit or "
                      "increase the limit and try again.")
@@ -92,13 +93,15 @@ void AppController::savePanelDidEnd(bool accepted, const QString& target) {
         return;
     }
     const QFileInfo chosen(target);
-    const QString base = chosen.suffix().isEmpty()
-                             ? chosen.filePath()
-                             : chosen.dir().filePath(chosen.completeBaseName());
-    if (chosen.fileName().isEmpty() || base.isEmpty()) return;
-    // The written file's extension wins over whatever the dialog returned. The temporary
-    // file stays for later copies and drags; the copy replaces any old file in one step.
-    copyFileAtomically(temp, base + QLatin1Char('.') + QFileInfo(temp).suffix());
+    const QString name = chosen.fileName();
+    const int dot = name.lastIndexOf(QLatin1Char('.'));
+    const QString base = dot > 0 ? name.left(dot) : name;
+    if (base.isEmpty() || temp.isEmpty()) return;
+    // The written file's extension wins over whatever the dialog returned; the file stays
+    // in the chosen folder. The temporary file stays for later copies and drags; the copy
+    // replaces any old file in one step.
+    copyFileAtomically(temp, chosen.absolutePath() + QLatin1Char('/') + base + QLatin1Char('.') +
+                                 QFileInfo(temp).suffix());
 }
 
 bool AppController::canRevert() const {

@@ -261,11 +261,12 @@ QString exportHelpText() {
         "  --limit KB              JPEG only: step the quality down from Q until the file\n"
         "                          is under KB kilobytes (10 to 9990); when no quality\n"
         "                          fits, nothing is written: \"File Size Limit Too Low\"\n"
-        "  --preserve-exif 0|1|2   0: no metadata; 1 (default): the source's EXIF block into\n"
-        "                          a JPEG, its metadata into a TIFF; 2: its metadata into a\n"
-        "                          JPEG or TIFF\n"
+        "  --preserve-exif 0|1|2   0: no metadata; 1 (default): the source's metadata into a\n"
+        "                          TIFF, none into a JPEG yet; 2: its metadata into a JPEG\n"
+        "                          or TIFF\n"
         "  --verbose               on standard error, each JPEG attempt as\n"
-        "                          \"quality Q, N bytes\", then the size written\n"
+        "                          \"quality Q, N bytes\" (\"at least N bytes\" where it\n"
+        "                          stopped early, far over the limit), then the size written\n"
         "  -h, --help              this text\n"
         "\n"
         "The picture is used as stored in IN (an EXIF orientation is not applied).\n"
@@ -366,8 +367,10 @@ int runExportCommand(const QStringList& arguments, const char* argv0, const Exif
     setVipsWarningsShown(parsed.options->verbose);
     const ExportResult result = runExport(*parsed.options, copyExif);
     if (parsed.options->verbose) {
-        for (const JpegAttempt& attempt : result.attempts)
-            std::fprintf(stderr, "quality %d, %d bytes\n", attempt.quality, attempt.size);
+        for (const JpegAttempt& attempt : result.attempts) {
+            std::fprintf(stderr, "quality %d, %s%d bytes\n", attempt.quality,
+                         attempt.stopped ? "at least " : "", attempt.size);
+        }
     }
     if (!result.error.isEmpty()) {
         std::fprintf(stderr, "marigold: %s\n", qPrintable(result.error));

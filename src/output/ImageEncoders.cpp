@@ -218,12 +218,6 @@ bool writeToTIFFFile(const Image& image, const QString& path,
     return writeEncoded(data, path);
 }
 
-bool writeToJPEGFile(const Image& image, const QString& path, int quality, int byteLimit,
-                     int* returnSize, const std::optional<Metadata>& metadata) {
-    JpegEncoder encoder(image);
-    return writeToJPEGFile(encoder, path, quality, byteLimit, 0, returnSize, metadata);
-}
-
 bool writeToJPEGFile(JpegEncoder& encoder, const QString& path, int quality, int byteLimit,
                      int stopAt, int* returnSize, const std::optional<Metadata>& metadata) {
     qint64 size = 0;

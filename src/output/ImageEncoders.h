@@ -43,8 +43,6 @@ bool writeToTIFFFile(const Image& image, const QString& path,
 // One attempt at `quality`: writes the file only when `byteLimit` is 0 or the encoded size,
 // metadata included, is below it. `returnSize` receives that size, or with `stopAt` > 0 at
 // least `stopAt` when the file would have reached it.
-bool writeToJPEGFile(const Image& image, const QString& path, int quality, int byteLimit,
-                     int* returnSize, const std::optional<Metadata>& metadata);
 bool writeToJPEGFile(JpegEncoder& encoder, const QString& path, int quality, int byteLimit,
                      int stopAt, int* returnSize, const std::optional<Metadata>& metadata);
 // Steps the quality down from `compression` until the file fits under `filesizeLimitKB`

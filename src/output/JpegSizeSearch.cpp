@@ -50,7 +50,7 @@ bool searchJpegQuality(int quality, int limitKB, const JpegAttemptFunction& atte
     while (quality > 0) {
         int size = 0;
         const bool kept = attempt(quality, byteLimit, stopAt, &size);
-        if (trace) trace->push_back({quality, size});
+        if (trace) trace->push_back({quality, size, stopAt > 0 && size >= stopAt});
         if (kept) return true;
         if (byteLimit == 0 || size < byteLimit) return false;
         const float ratio = float(size) / float(byteLimit);

@@ -11,7 +11,8 @@ float nextFactorForFactor(float factor, float ratio);
 
 struct JpegAttempt {
     int quality;
-    int size;  // bytes, metadata included
+    int size;              // bytes, metadata included
+    bool stopped = false;  // encoding stopped at `size`, so far over the limit
 };
 
 // One attempt: encode at `quality` and keep the result only if `byteLimit` is 0 or the

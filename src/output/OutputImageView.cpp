@@ -130,7 +130,7 @@ void OutputImageView::mouseMoveEvent(QMouseEvent* event) {
     _dragPending = false;
     if (_image.isNull()) return;
     if (_tmpPath.isEmpty()) {
-        _alertSizeLimit();
+        if (_writer && _writer->limitTooLow()) _alertSizeLimit();
     } else {
         _dragFile();
     }
@@ -151,7 +151,7 @@ void OutputImageView::_dragFile() {
     drag->setMimeData(data);
     const Image icon = ImageProcessor::scaleImage(_image, {64, 64});
     drag->setPixmap(QPixmap::fromImage(icon.toQImage()));
-    // The icon sits 30 points right of and 5 points above the pointer's lower-left.
+    // The pointer sits 30 points right of and 5 points above the icon's lower-left corner.
     drag->setHotSpot(QPoint(30, int(std::lround(icon.size().height)) - 5));
     drag->exec(Qt::CopyAction, Qt::CopyAction);
     if (orderFront) {
@@ -173,14 +173,17 @@ void OutputImageView::printImage(QPrinter& printer) const {
     printer.setPageMargins(QMarginsF(10, 10, 10, 10), QPageLayout::Point);
     if (_image.isNull()) return;
     QPainter painter(&printer);
-    const QRectF page = printer.pageLayout().paintRect(QPageLayout::Point);
     // Points on paper: the painter works in device pixels of the printer.
     const qreal pixelsPerPoint = printer.resolution() / 72.0;
     painter.scale(pixelsPerPoint, pixelsPerPoint);
-    const QRectF target = fittedRect(QSizeF(_image.size().width, _image.size().height),
-                                     QRectF(QPointF(0, 0), page.size()));
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawImage(target, _image.toQImage());
+    painter.drawImage(printedRect(printer.pageLayout()), _image.toQImage());
+}
+
+QRectF OutputImageView::printedRect(const QPageLayout& layout) const {
+    if (_image.isNull()) return {};
+    return fittedRect(QSizeF(_image.size().width, _image.size().height),
+                      QRectF(QPointF(0, 0), layout.paintRect(QPageLayout::Point).size()));
 }
 
 QSize OutputImageView::displayPixelLimit() const {

@@ -10,6 +10,7 @@
 #include "output/TmpFileWriter.h"
 #include "platform/Image.h"
 
+class QPageLayout;
 class QPrinter;
 
 namespace marigold {
@@ -55,6 +56,8 @@ public:
 
     // Lays the output out inside 10-point margins, shrunk to fit, never enlarged.
     void printImage(QPrinter& printer) const;
+    // Where the output lands on the page, in points from the corner of the margins.
+    QRectF printedRect(const QPageLayout& layout) const;
     // Answers the "File Size Limit Too Low" alert; replaceable so tests need no modal dialog.
     std::function<void(const QString& title, const QString& text)> showAlert;
     // Device pixels of the area the output is shown in: what a preview needs at most.

@@ -54,21 +54,32 @@ QString TempFolder::tmpdir() {
 }
 
 bool TempFolder::cleanupTmpdir() {
-    const QString path = tmpdirString();
-    if (!QFileInfo::exists(path)) return true;
-    const bool removed = QDir(path).removeRecursively();
-    if (removed) _path.clear();
-    return removed;
+    // Only the folder this process made: whatever else stands under that name is not ours.
+    if (_path.isEmpty()) return !QFileInfo::exists(tmpdirString());
+    if (!QDir(_path).removeRecursively()) return false;
+    _path.clear();
+    return true;
 }
 
 QString TempFolder::nextTempSubDir() {
-    const QString path = tmpdir() + QLatin1Char('/') + QString::number(_counter++);
+    const QString folder = tmpdir();
+    const QString number = QString::number(_counter++);
+    if (folder.isEmpty()) return {};
+    const QString path = folder + QLatin1Char('/') + number;
     QDir().mkdir(path);
     return path;
 }
 
 QString TempFolder::pathForImageNamed(const QString& name, const QString& extension) {
-    return nextTempSubDir() + QLatin1Char('/') + name + QLatin1Char('.') + extension;
+    const QString folder = nextTempSubDir();
+    if (folder.isEmpty()) return {};
+    // The name is the document's, typed freely: it must stay one file name in the folder.
+    QString safe = name;
+    safe.replace(QLatin1Char('/'), QLatin1Char('-')).remove(QChar(0));
+    if (safe.isEmpty() || safe == QLatin1String(".") || safe == QLatin1String("..")) {
+        safe = QStringLiteral("untitled");
+    }
+    return folder + QLatin1Char('/') + safe + QLatin1Char('.') + extension;
 }
 
 int TempFolder::removeStaleTmpdirs(const QString& base) {

@@ -19,12 +19,13 @@ public:
     // Makes the folder on first use (private to the user); empty when it cannot be made,
     // and tried again next time.
     QString tmpdir();
-    // Removes the folder and everything in it; true when it is gone.
+    // Removes the folder this object made and everything in it; true when it is gone.
     bool cleanupTmpdir();
 
-    // "<tmpdir>/<n>" for the next n, made on the way.
+    // "<tmpdir>/<n>" for the next n, made on the way; empty when there is no folder.
     QString nextTempSubDir();
-    // "<fresh sub-folder>/<name>.<extension>".
+    // "<fresh sub-folder>/<name>.<extension>", slashes in the name made dashes; empty when
+    // there is no folder.
     QString pathForImageNamed(const QString& name, const QString& extension);
 
     // Removes folders under `base` left by Marigold processes that no longer run (a crash

@@ -29,13 +29,17 @@ QString TmpFileWriter::writeTmpFileWithFormat(const Image& image, int format) {
     settings.copyExif = copyExif;
 
     // A fresh path first, then the cache check: each file keeps a folder of its own.
+    _limitTooLow = false;
     const QString path =
         _document.tempFolder().pathForImageNamed(_document.filename(), extensionForFormat(format));
+    if (path.isEmpty()) return {};
     if (isValidCacheAtPath(path)) return path;
     // Only an unreachable size limit is answered with no path. Other failures are not
     // reported here: the label stays empty and the path leads nowhere.
-    if (writeOutputFile(image, path, settings) == OutputResult::LimitTooLow) return {};
-    _cacheValid = true;
+    const OutputResult result = writeOutputFile(image, path, settings);
+    _limitTooLow = result == OutputResult::LimitTooLow;
+    if (_limitTooLow) return {};
+    _cacheValid = result == OutputResult::Written;
     return path;
 }
 

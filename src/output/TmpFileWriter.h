@@ -16,9 +16,11 @@ class TmpFileWriter {
 public:
     explicit TmpFileWriter(OutputViewDelegate& document) : _document(document) {}
 
-    // The path written, or empty when a JPEG could not be kept under the size limit.
+    // The path written; empty when a JPEG could not be kept under the size limit
+    // (`limitTooLow` then says so) or when there is no temporary folder.
     QString writeTmpFile(const Image& image);
     QString writeTmpFileWithFormat(const Image& image, int format);
+    bool limitTooLow() const { return _limitTooLow; }
 
     bool isValidCacheAtPath(const QString& path) const;
     void clearCache() { _cacheValid = false; }
@@ -31,6 +33,7 @@ public:
 private:
     OutputViewDelegate& _document;
     bool _cacheValid = false;
+    bool _limitTooLow = false;
 };
 
 }  // namespace marigold

@@ -50,6 +50,7 @@ TEST(SaveNames, TheOutputsExtensionReplacesARecognisedOneOrIsAppended) {
         {"photo.jpeg", 101, "photo.jpeg.jpg"}, {"photo.PNG", 101, "photo.jpg"},
         {"scan.TIF", 104, "scan.gif"}, {"scan.tiff", 103, "scan.tiff.tif"},
         {"my.holiday.gif", 0, "my.holiday.jpg"}, {"notes.txt", 105, "notes.txt.jpg"},
+        {".png", 101, ".png.jpg"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(AppController::userEnteredFilename(QString::fromUtf8(c.typed), c.format).toStdString(),
@@ -70,6 +71,22 @@ TEST_F(DocumentCommands, SavingWritesTheOutputWithTheFormatsExtension) {
     EXPECT_EQ(test::difference(back, output.image().pixels().extract_band(0, vips::VImage::option()->set("n", 3))).max(), 0);
     controller.savePanelDidEnd(false, dir.filePath(QStringLiteral("cancelled.png")));
     EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("cancelled.png"))));
+}
+
+TEST_F(DocumentCommands, ASavedFileStaysInTheChosenFolderWhateverItsName) {
+    openPhoto();
+    defaults.setInteger(DefFileFormat, 102);
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("Pictures")));
+    controller.savePanelDidEnd(true, dir.filePath(QStringLiteral("Pictures/.jpg")));
+    EXPECT_TRUE(QFileInfo::exists(dir.filePath(QStringLiteral("Pictures/.jpg.png"))));
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("Pictures.png"))));
+
+    // A document name with slashes still names one file in a folder of its own.
+    controller.setDocumentName(QStringLiteral("../../2024/05 trip"));
+    const QString written = output.writeTmpFile();
+    EXPECT_EQ(QFileInfo(written).fileName(), QStringLiteral("..-..-2024-05 trip.png"));
+    EXPECT_TRUE(written.startsWith(controller.tmpdir() + QLatin1Char('/')));
+    EXPECT_TRUE(QFileInfo(written).isFile());
 }
 
 TEST_F(DocumentCommands, SavingOverAFileReplacesItInOneStep) {

@@ -154,6 +154,25 @@ TEST(ImageEncoders, SizeLimitedJpegIsBelowTheLimitOrNotWrittenAtAll) {
     EXPECT_EQ(old.readAll(), before);
 }
 
+TEST(ImageEncoders, MetadataCountsAgainstTheSizeLimit) {
+    QTemporaryDir dir;
+    const Image photo = test::photoLikeImage(400, 300);
+    const QString description(30000, QLatin1Char('x'));
+    const Metadata metadata{
+        {metadata::TiffDictionary, QVariantMap{{QStringLiteral("ImageDescription"), description}}}};
+    // Room for the pixels at quality 80, not for the pixels and the description too.
+    const int limitKB = (int(encodeJpeg(photo, 80).size()) + 10 * 1024) / 1024 + 1;
+    std::vector<JpegAttempt> plain, described;
+    const QString plainPath = dir.filePath(QStringLiteral("plain.jpg"));
+    const QString describedPath = dir.filePath(QStringLiteral("described.jpg"));
+    ASSERT_TRUE(writeToJPEGFile(photo, plainPath, 80, limitKB, std::nullopt, &plain));
+    ASSERT_TRUE(writeToJPEGFile(photo, describedPath, 80, limitKB, metadata, &described));
+    EXPECT_EQ(plain.size(), 1u);
+    EXPECT_GT(described.size(), 1u);
+    EXPECT_LT(QFileInfo(describedPath).size(), limitKB * 1024);
+    EXPECT_EQ(exiftool(describedPath, "ImageDescription"), description);
+}
+
 TEST(ImageEncoders, FailedWritesLeaveNoFileBehind) {
     QTemporaryDir dir;
     const Image photo = test::photoLikeImage(800, 600);

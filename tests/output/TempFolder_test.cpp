@@ -39,6 +39,8 @@ TEST(TempFolder, AnUnusableBaseGivesNoFolderAndIsTriedAgain) {
     QTemporaryDir dir;
     TempFolder folder(base(dir) + QStringLiteral("missing/"));
     EXPECT_TRUE(folder.tmpdir().isEmpty());
+    EXPECT_TRUE(folder.pathForImageNamed(QStringLiteral("a"), QStringLiteral("png")).isEmpty())
+        << "never a path at the top of the file system";
     ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("missing")));
     EXPECT_FALSE(folder.tmpdir().isEmpty());
 }
@@ -53,9 +55,11 @@ TEST(TempFolder, LeftoversOfOurPidAreReplacedButNeverSomeoneElsesLink) {
 
     QTemporaryDir other;
     TempFolder planted(base(other));
+    touch(elsewhere.filePath(QStringLiteral("precious")));
     ASSERT_TRUE(QFile::link(elsewhere.path(), planted.tmpdirString()));
     EXPECT_TRUE(planted.tmpdir().isEmpty());
-    EXPECT_TRUE(QFileInfo(elsewhere.path()).isDir());
+    EXPECT_FALSE(planted.cleanupTmpdir()) << "not ours to remove";
+    EXPECT_TRUE(QFileInfo::exists(elsewhere.filePath(QStringLiteral("precious"))));
 }
 
 TEST(TempFolder, FoldersOfProcessesThatNoLongerRunAreRemoved) {

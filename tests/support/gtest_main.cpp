@@ -10,8 +10,10 @@
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     // The desktop's shared lists (recent files) of a scratch home, never the user's.
+    // Temporary output folders of the tests go with the run too.
     QTemporaryDir home;
     qputenv("XDG_DATA_HOME", home.path().toUtf8());
+    qputenv("TMPDIR", home.path().toUtf8());
     QApplication app(argc, argv);
     if (!marigold::startVips(argv[0])) return 1;
     ::testing::InitGoogleTest(&argc, argv);

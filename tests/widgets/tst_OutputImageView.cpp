@@ -199,19 +199,37 @@ private Q_SLOTS:
         QVERIFY(alerts.isEmpty());
     }
 
+    void printsInsideTenPointMarginsShrunkButNeverEnlarged_data() {
+        QTest::addColumn<QSize>("pixels");
+        QTest::addColumn<QRectF>("expected");  // on A4 (595 x 842 points) inside the margins
+        const qreal w = 595 - 20, h = 842 - 20;
+        QTest::newRow("wide: fills the width, centred") << QSize(3000, 1000)
+                                                        << QRectF(0, (h - w / 3) / 2, w, w / 3);
+        QTest::newRow("tall: fills the height") << QSize(1000, 4000)
+                                                << QRectF((w - h / 4) / 2, 0, h / 4, h);
+        QTest::newRow("small: actual size, centred") << QSize(100, 50)
+                                                     << QRectF((w - 100) / 2, (h - 50) / 2, 100, 50);
+    }
+
     void printsInsideTenPointMarginsShrunkButNeverEnlarged() {
+        QFETCH(QSize, pixels);
+        QFETCH(QRectF, expected);
         QTemporaryDir dir;
-        for (const QSize pixels : {QSize(3000, 1000), QSize(100, 50)}) {
-            OutputImageView view;
-            view.setImage(test::gradientImage(pixels.width(), pixels.height()));
-            QPrinter printer(QPrinter::HighResolution);
-            printer.setOutputFormat(QPrinter::PdfFormat);
-            printer.setOutputFileName(dir.filePath(QStringLiteral("page.pdf")));
-            printer.setPageSize(QPageSize(QPageSize::A4));
-            view.printImage(printer);
-            QCOMPARE(printer.pageLayout().margins(QPageLayout::Point), QMarginsF(10, 10, 10, 10));
-            QVERIFY(QFileInfo(printer.outputFileName()).size() > 1000);
-        }
+        OutputImageView view;
+        view.setImage(test::gradientImage(pixels.width(), pixels.height()));
+        QPrinter printer(QPrinter::HighResolution);
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(dir.filePath(QStringLiteral("page.pdf")));
+        printer.setPageSize(QPageSize(QPageSize::A4));
+        view.printImage(printer);
+        QCOMPARE(printer.pageLayout().margins(QPageLayout::Point), QMarginsF(10, 10, 10, 10));
+        const QRectF placed = view.printedRect(printer.pageLayout());
+        QVERIFY2(std::abs(placed.x() - expected.x()) < 0.5 && std::abs(placed.y() - expected.y()) < 0.5 &&
+                     std::abs(placed.width() - expected.width()) < 0.5 &&
+                     std::abs(placed.height() - expected.height()) < 0.5,
+                 qPrintable(QStringLiteral("placed at %1,%2 %3x%4").arg(placed.x()).arg(placed.y())
+                                .arg(placed.width()).arg(placed.height())));
+        QVERIFY(QFileInfo(printer.outputFileName()).size() > 1000);
     }
 };
 
