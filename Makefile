@@ -2,7 +2,11 @@
 BUILD ?= build
 JOBS ?= $(shell nproc)
 
-.PHONY: deps configure build run test bench clean
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 600
+FUZZ_JOBS ?= 2
+
+.PHONY: deps configure build run test bench fuzz clean
 
 deps:
 	@scripts/install-deps
@@ -24,5 +28,13 @@ bench: build
 		--benchmark_enable_random_interleaving=true
 	bench/export_vs_imagemagick.sh $(BUILD)/app/marigold
 
+# Every parser of untrusted JPEG and EXIF bytes under libFuzzer with AddressSanitizer and
+# UndefinedBehaviorSanitizer, FUZZ_SECONDS each.
+fuzz:
+	@scripts/install-deps fuzz
+	@cmake -S fuzz -B $(FUZZ_BUILD) -G Ninja -DCMAKE_CXX_COMPILER=clang++ >/dev/null
+	@cmake --build $(FUZZ_BUILD) -j $(JOBS)
+	fuzz/run.sh $(FUZZ_BUILD) $(FUZZ_SECONDS) $(FUZZ_JOBS)
+
 clean:
-	rm -rf $(BUILD)
+	rm -rf $(BUILD) $(FUZZ_BUILD)

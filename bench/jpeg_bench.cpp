@@ -1,0 +1,117 @@
+#include <benchmark/benchmark.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+#include "jpeg/JpegContext.h"
+#include "output/ImageEncoders.h"
+#include "support/TestImages.h"
+
+using namespace marigold;
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+Bytes readAll(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(in), {});
+}
+
+// A 24-megapixel encoder output and a camera-like source (EXIF with a thumbnail and a
+// comment), as a full-size export with "PreserveExif" 1 has them.
+struct Files {
+    QTemporaryDir dir;
+    std::string source, output;
+    Bytes encoded;
+    bool ok = false;
+
+    Files() {
+        source = dir.filePath("source.jpg").toStdString();
+        output = dir.filePath("output.jpg").toStdString();
+        const QByteArray data = encodeJpeg(test::photoLikeImage(6000, 4000), 80);
+        encoded.assign(data.begin(), data.end());
+        const std::string thumb = dir.filePath("thumb.jpg").toStdString();
+        const std::string command =
+            "convert -size 640x480 gradient:red-blue '" + source +
+            "' && convert -size 160x120 "
+            "gradient: '" +
+            thumb +
+            "' && exiftool -q -overwrite_original -Make=Bench "
+            "-Model=B1 -ISO=200 -ExposureTime=1/125 -FNumber=4 -Comment=bench "
+            "'-ThumbnailImage<=" +
+            thumb + "' '" + source + "'";
+        ok = !data.isEmpty() && std::system(command.c_str()) == 0;
+    }
+};
+
+Files& files() {
+    static Files f;
+    return f;
+}
+
+// The whole transplant on disk: read both files, rewrite the output through the backup.
+void transplantOnDisk(benchmark::State& state) {
+    Files& f = files();
+    if (!f.ok) state.SkipWithError("could not make the files");
+    JpegContext context;
+    for (auto _ : state) {
+        state.PauseTiming();
+        QFile::remove(QString::fromStdString(f.output));
+        std::ofstream(f.output, std::ios::binary)
+            .write(reinterpret_cast<const char*>(f.encoded.data()),
+                   std::streamsize(f.encoded.size()));
+        state.ResumeTiming();
+        if (!context.copyExif(f.source, f.output)) state.SkipWithError("copyExif failed");
+    }
+    state.counters["output bytes"] = double(f.encoded.size());
+}
+BENCHMARK(transplantOnDisk)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
+
+// The same surgery on bytes in memory: what the parsing and copying cost without the disk.
+void transplantInMemory(benchmark::State& state) {
+    Files& f = files();
+    if (!f.ok) state.SkipWithError("could not make the files");
+    const Bytes source = readAll(f.source);
+    JpegContext context;
+    for (auto _ : state) {
+        auto out = context.copyExif(source, f.encoded);
+        if (!out) state.SkipWithError("copyExif failed");
+        benchmark::DoNotOptimize(out);
+    }
+}
+BENCHMARK(transplantInMemory)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
+
+// Filling the information record stops at the start of scan, so a large file costs no more
+// than a small one.
+void parseLargeFile(benchmark::State& state) {
+    Files& f = files();
+    if (!f.ok) state.SkipWithError("could not make the files");
+    const std::string path = f.dir.filePath("large.jpg").toStdString();
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(f.encoded.data()), std::streamsize(f.encoded.size()));
+    JpegContext context;
+    for (auto _ : state) {
+        if (!context.parseFile(path)) state.SkipWithError("parseFile failed");
+        context.discardData();
+    }
+}
+BENCHMARK(parseLargeFile)
+    ->Unit(benchmark::kMicrosecond)
+    ->UseRealTime()
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
+
+}  // namespace

@@ -1,0 +1,6 @@
+#include "FuzzBodies.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    marigold::fuzz::readSectionsForExif({data, size});
+    return 0;
+}

@@ -1,0 +1,470 @@
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <climits>
+#include <cmath>
+#include <functional>
+
+#include "jpeg/JpegTestFiles.h"
+
+namespace marigold {
+namespace {
+
+using test::Bytes;
+using test::operator+;
+
+// A TIFF structure written by hand in either byte order, for blocks no tool would write.
+struct Tiff {
+    bool mm;
+
+    Bytes u16(std::uint16_t v) const {
+        return mm ? Bytes{std::uint8_t(v >> 8), std::uint8_t(v)}
+                  : Bytes{std::uint8_t(v), std::uint8_t(v >> 8)};
+    }
+    Bytes u32(std::uint32_t v) const {
+        return mm ? u16(std::uint16_t(v >> 16)) + u16(std::uint16_t(v))
+                  : u16(std::uint16_t(v)) + u16(std::uint16_t(v >> 16));
+    }
+    Bytes header(std::uint32_t firstOffset = 8) const {
+        return (mm ? Bytes{'M', 'M'} : Bytes{'I', 'I'}) + u16(0x2A) + u32(firstOffset);
+    }
+    Bytes entry(std::uint16_t tag, std::uint16_t format, std::uint32_t count,
+                const Bytes& field) const {
+        return u16(tag) + u16(format) + u32(count) + field;
+    }
+    Bytes shortEntry(std::uint16_t tag, std::uint16_t v) const {
+        return entry(tag, 3, 1, u16(v) + Bytes{0, 0});
+    }
+    Bytes longEntry(std::uint16_t tag, std::uint32_t v) const { return entry(tag, 4, 1, u32(v)); }
+    Bytes makeEntry() const { return entry(0x010F, 2, 3, Bytes{'a', 'b', 0, 0}); }
+    Bytes ifd(const std::vector<Bytes>& entries, std::uint32_t next = 0) const {
+        Bytes out = u16(std::uint16_t(entries.size()));
+        for (const Bytes& e : entries) out = out + e;
+        return out + u32(next);
+    }
+};
+
+// The APP1 segment data: length bytes, "Exif\0\0", then the TIFF structure.
+Bytes exifBlock(const Bytes& tiff) {
+    const std::size_t length = tiff.size() + 8;
+    return Bytes{std::uint8_t(length >> 8), std::uint8_t(length), 'E', 'x', 'i', 'f', 0, 0} + tiff;
+}
+
+struct HostileCase {
+    const char* name;
+    std::function<Bytes(const Tiff&)> tiff;
+    std::string err;  // every message, in order (or the first ones, when `prefixOnly`)
+    std::string make = "ab";
+    bool prefixOnly = false;
+};
+
+class ExifHostileBlock : public ::testing::TestWithParam<HostileCase> {};
+
+TEST_P(ExifHostileBlock, ReportsAndKeepsWhatIsSound) {
+    const HostileCase& c = GetParam();
+    for (const bool mm : {false, true}) {
+        JpegContext context;
+        test::CapturedStreams streams(context);
+        Bytes block = exifBlock(c.tiff(Tiff{mm}));
+        context.processExif(block);
+        const std::string err = streams.err();
+        if (c.prefixOnly) {
+            EXPECT_EQ(err.substr(0, c.err.size()), c.err) << (mm ? "MM" : "II");
+        } else {
+            EXPECT_EQ(err, c.err) << (mm ? "MM" : "II");
+        }
+        EXPECT_EQ(context.imageInfo().cameraMake, c.make) << (mm ? "MM" : "II");
+    }
+}
+
+const std::string kNonfatal = "Nonfatal Error : ";
+const std::string kNesting =
+    kNonfatal + "Maximum directory nesting exceeded (corrupt exif header)\n";
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(ExifBlocks, ExifHostileBlock, ::testing::Values(
+    HostileCase{"Sound", [](const Tiff& t) { return t.header() + t.ifd({t.makeEntry()}); }, ""},
+    HostileCase{"DirectoryLinksToItself",
+                [](const Tiff& t) { return t.header() + t.ifd({t.makeEntry()}, 8); }, kNesting},
+    // Every entry a sub-directory link back to its own directory: without a bound on the
+    // directories walked this fans out exponentially.
+    HostileCase{"EveryEntryLinksBack",
+                [](const Tiff& t) {
+                    std::vector<Bytes> entries{t.makeEntry()};
+                    for (int i = 0; i < 400; ++i) entries.push_back(t.longEntry(0x8769, 8));
+                    return t.header() + t.ifd(entries, 8);
+                }, kNesting, "ab", true},
+    HostileCase{"CountRunsPastTheBlock",
+                [](const Tiff& t) { return t.header() + t.u16(1000) + t.makeEntry(); },
+                kNonfatal + "Illegally sized directory\n", ""},
+    HostileCase{"FirstDirectoryOutside",
+                [](const Tiff& t) { return t.header(500) + t.ifd({t.makeEntry()}); },
+                kNonfatal + "Suspicious offset of first IFD value\n" + kNonfatal + "Illegally sized directory\n", ""},
+    HostileCase{"FirstDirectoryFurtherOnButInside",
+                [](const Tiff& t) { return t.header(20) + Bytes(12, 0) + t.ifd({t.makeEntry()}); },
+                kNonfatal + "Suspicious offset of first IFD value\n"},
+    HostileCase{"DirectoryFillsTheBlockWithoutALink",
+                [](const Tiff& t) { return t.header() + t.u16(1) + t.makeEntry(); }, ""},
+    HostileCase{"ValuePointerPastTheBlock",
+                [](const Tiff& t) { return t.header() + t.ifd({t.makeEntry(), t.entry(0x0110, 2, 20, t.u32(1000))}); },
+                kNonfatal + "Illegal value pointer for tag 0110\n"},
+    // 8 x 0x20000001 bytes is 8 once wrapped to 32 bits.
+    HostileCase{"ByteCountWouldWrap",
+                [](const Tiff& t) { return t.header() + t.ifd({t.makeEntry(), t.entry(0x829A, 12, 0x20000001, t.u32(8))}); },
+                kNonfatal + "Illegal value pointer for tag 829a\n"},
+    HostileCase{"OffsetPlusCountWouldWrap",
+                [](const Tiff& t) { return t.header() + t.ifd({t.makeEntry(), t.entry(0x0110, 2, 16, t.u32(0xFFFFFFF8))}); },
+                kNonfatal + "Illegal value pointer for tag 0110\n"},
+    HostileCase{"IllegalFormats",
+                [](const Tiff& t) { return t.header() + t.ifd({t.entry(0x0110, 13, 1, t.u32(0)), t.makeEntry(), t.entry(0x0112, 0, 1, t.u32(0))}); },
+                kNonfatal + "Illegal number format 13 for tag 0110\n" + kNonfatal + "Illegal number format 0 for tag 0112\n"},
+    HostileCase{"NextLinkJustPastTheEnd",
+                [](const Tiff& t) { return t.header() + t.ifd({t.makeEntry()}, 8 + 18 + 10); }, ""},
+    HostileCase{"NextLinkFarPastTheEnd",
+                [](const Tiff& t) { return t.header() + t.ifd({t.makeEntry()}, 8 + 18 + 20); },
+                kNonfatal + "Illegal subdirectory link\n"},
+    HostileCase{"SubDirectoryOutside",
+                [](const Tiff& t) { return t.header() + t.ifd({t.makeEntry(), t.longEntry(0x8769, 5000), t.longEntry(0xA005, 0xFFFFFFFF)}); },
+                kNonfatal + "Illegal exif or interop ofset directory link\n" + kNonfatal + "Illegal exif or interop ofset directory link\n"},
+    HostileCase{"BadAlignment",
+                [](const Tiff& t) { Bytes b = t.header() + t.ifd({t.makeEntry()}); b[0] = 'X'; return b; },
+                kNonfatal + "Invalid Exif alignment marker.\n", ""},
+    HostileCase{"BadStart",
+                [](const Tiff& t) { Bytes b = t.header() + t.ifd({t.makeEntry()}); b[t.mm ? 3 : 2] = 0x2B; return b; },
+                kNonfatal + "Invalid Exif start (1)\n", ""},
+    HostileCase{"HeaderCutShort", [](const Tiff& t) { return t.mm ? Bytes{'M', 'M', 0} : Bytes{'I', 'I', 0x2A}; },
+                kNonfatal + "Invalid Exif start (1)\n", ""}),
+    [](const auto& info) { return info.param.name; });
+// clang-format on
+
+TEST(ExifHostileBlock, TagDisplayNotesAThumbnailCutOffByAnOlderTool) {
+    const Tiff t{false};
+    Bytes block = exifBlock(t.header() + t.ifd({t.makeEntry()}, 8 + 18 + 4));
+    JpegContext context;
+    test::CapturedStreams streams(context);
+    context.setShowTags(true);
+    context.processExif(block);
+    EXPECT_EQ(streams.out(), "Thumbnail removed by an older tool\n");
+    context.removeThumbnail(block);
+    EXPECT_EQ(streams.out(), "Thumbnail removed by an older tool\n") << "quiet while removing";
+    EXPECT_EQ(streams.err(), "");
+}
+
+// Numbers no camera writes must still convert without undefined behaviour.
+TEST(ExifHostileBlock, ExtremeNumbersConvertSafely) {
+    for (const bool mm : {false, true}) {
+        const Tiff t{mm};
+        const std::uint32_t values = 8 + 2 + 5 * 12 + 4;
+        const Bytes tiff = t.header() +
+                           t.ifd({t.entry(0x0112, 12, 1, t.u32(values)),         // -1e300
+                                  t.entry(0x829A, 5, 1, t.u32(values + 8)),      // 1/0
+                                  t.entry(0x829D, 10, 1, t.u32(values + 16)),    // INT_MIN/-1
+                                  t.entry(0x8827, 9, 1, t.u32(0x80000000)),      // INT_MIN
+                                  t.entry(0x920A, 11, 1, t.u32(0x7FC00000))}) +  // NaN
+                           (mm ? Bytes{0xFE, 0x37, 0xE4, 0x3C, 0x88, 0x00, 0x75, 0x9C}
+                               : Bytes{0x9C, 0x75, 0x00, 0x88, 0x3C, 0xE4, 0x37, 0xFE}) +
+                           t.u32(1) + t.u32(0) + t.u32(0x80000000) + t.u32(0xFFFFFFFF);
+        JpegContext context;
+        test::CapturedStreams streams(context);
+        Bytes block = exifBlock(tiff);
+        context.processExif(block);
+        const ImageInfo& info = context.imageInfo();
+        EXPECT_EQ(info.orientation, 0);
+        EXPECT_EQ(streams.err(), kNonfatal + "Undefined rotation value -2147483648\n");
+        EXPECT_EQ(info.exposureTime, 0.0f) << "a zero denominator reads as 0";
+        EXPECT_EQ(info.apertureFNumber, 2147483648.0f);
+        EXPECT_EQ(info.isoEquivalent, INT_MIN) << "the low-ISO fix saturates";
+        EXPECT_EQ(info.focalLength, 0.0f);
+    }
+}
+
+// Every prefix of a real block parses to a subset of what the whole block gives.
+TEST(ExifHostileBlock, CutBlocksYieldOnlyWholeValues) {
+    QTemporaryDir dir;
+    const std::string path = test::makeJpeg(dir.path(), "cut.jpg");
+    const std::string thumb = test::makeJpeg(dir.path(), "t.jpg", "16x12");
+    test::exiftool({"-q", "-overwrite_original", "-ExifByteOrder=MM", "-Make=Cutter",
+                    "-Model=Cut 1", "-ISO=200", "-ExposureTime=1/30", "-Orientation#=3",
+                    "-FocalLength=50", QString::fromStdString("-ThumbnailImage<=" + thumb),
+                    QString::fromStdString(path)});
+    const test::JpegLayout layout = test::scanJpeg(test::readBytes(path));
+    ASSERT_NE(layout.first(0xE1), nullptr);
+    Bytes whole = layout.first(0xE1)->data;
+    JpegContext reference;
+    reference.processExif(whole);
+    const ImageInfo& all = reference.imageInfo();
+    ASSERT_EQ(all.cameraMake, "Cutter");
+    ASSERT_GT(all.thumbnailSize, 0u);
+
+    for (std::size_t cut = 0; cut < whole.size(); ++cut) {
+        JpegContext context;
+        context.setErrorStream(nullptr);
+        Bytes part(whole.begin(), whole.begin() + cut);
+        context.processExif(part);
+        const ImageInfo& got = context.imageInfo();
+        const auto either = [](const auto& value, const auto& full) {
+            return value == std::decay_t<decltype(value)>{} || value == full;
+        };
+        EXPECT_TRUE(either(got.cameraMake, all.cameraMake)) << cut;
+        EXPECT_TRUE(either(got.cameraModel, all.cameraModel)) << cut;
+        EXPECT_TRUE(either(got.isoEquivalent, all.isoEquivalent)) << cut;
+        EXPECT_TRUE(either(got.exposureTime, all.exposureTime)) << cut;
+        EXPECT_TRUE(either(got.orientation, all.orientation)) << cut;
+        EXPECT_TRUE(either(got.focalLength, all.focalLength)) << cut;
+        EXPECT_TRUE(either(got.thumbnailSize, all.thumbnailSize)) << cut;
+        if (got.thumbnailLocation) {
+            EXPECT_LE(got.thumbnailOffset + got.thumbnailSize + 8, cut);
+        }
+    }
+}
+
+// The block from a thumbnail-bearing file laid out by hand: IFD0 with a make, then the
+// thumbnail directory [compression, offset, length, resolution unit] and four bytes of
+// "thumbnail".
+struct ThumbnailBlock {
+    static constexpr std::uint32_t kIfd1 = 8 + 18;
+    static constexpr std::uint32_t kThumb = kIfd1 + 2 + 4 * 12 + 4;
+
+    explicit ThumbnailBlock(bool mm) : t{mm} {
+        block = exifBlock(t.header() + t.ifd({t.makeEntry()}, kIfd1) +
+                          t.ifd({t.shortEntry(0x0103, 6), t.longEntry(0x0201, kThumb),
+                                 t.longEntry(0x0202, 4), t.shortEntry(0x0128, 2)},
+                                0xAABBCCDD) +
+                          Bytes{0xFF, 0xD8, 0xFF, 0xD9});
+    }
+    // The thumbnail directory as it must read once the pointer entries are gone.
+    Bytes withoutPointers() const {
+        return t.ifd({t.shortEntry(0x0103, 6), t.shortEntry(0x0128, 2)}, 0xAABBCCDD);
+    }
+    Bytes ifd1() const {
+        return Bytes(block.begin() + 8 + kIfd1, block.begin() + 8 + kIfd1 + 2 + 2 * 12 + 4);
+    }
+
+    Tiff t;
+    Bytes block;
+};
+
+TEST(ExifThumbnail, RemovingItTakesOutBothPointerEntriesAndKeepsTheLength) {
+    for (const bool mm : {false, true}) {
+        ThumbnailBlock b(mm);
+        const std::size_t length = b.block.size();
+        JpegContext context;
+        context.processExif(b.block);
+        const ImageInfo& info = context.imageInfo();
+        ASSERT_EQ(info.thumbnailLocation, b.block.data() + 8 + ThumbnailBlock::kThumb);
+        ASSERT_EQ(info.thumbnailSize, 4u);
+        EXPECT_EQ(Bytes(info.thumbnail().begin(), info.thumbnail().end()),
+                  (Bytes{0xFF, 0xD8, 0xFF, 0xD9}));
+
+        context.removeThumbnail({info.thumbnailLocation, info.thumbnailSize});
+        EXPECT_EQ(b.block.size(), length);
+        EXPECT_EQ(b.ifd1(), b.withoutPointers()) << (mm ? "MM" : "II");
+        EXPECT_EQ(b.block[8 + ThumbnailBlock::kThumb], 0xFF) << "the thumbnail bytes stay";
+    }
+}
+
+TEST(ExifThumbnail, ANonExifBlockEditsTheDirectoryRememberedFromTheLastValidOne) {
+    Bytes notExif{0x00, 0x10, 'J', 'F', 'I', 'F', 0, 1, 1, 0, 0, 1, 0, 1, 0, 0};
+    {
+        ThumbnailBlock a(false);
+        JpegContext context;
+        context.setErrorStream(nullptr);
+        context.processExif(a.block);
+        Bytes badAlignment = exifBlock(Tiff{true}.header() + Tiff{true}.ifd({}));
+        badAlignment[8] = 'X';
+        context.processExif(badAlignment);  // fails before it forgets anything
+        context.removeThumbnail(notExif);
+        EXPECT_EQ(a.ifd1(), a.withoutPointers());
+    }
+    {
+        ThumbnailBlock a(false);
+        const Bytes before = a.block;
+        JpegContext context;
+        context.processExif(a.block);
+        Bytes noThumbnail =
+            exifBlock(Tiff{true}.header() + Tiff{true}.ifd({Tiff{true}.makeEntry()}));
+        context.processExif(noThumbnail);  // a valid block forgets the directory
+        context.removeThumbnail(notExif);
+        EXPECT_EQ(a.block, before);
+    }
+}
+
+// Files written by exiftool in both byte orders, read back by the parser and compared with
+// what exiftool itself reads.
+class ExifFromExiftool : public ::testing::TestWithParam<const char*> {
+protected:
+    std::string tagged(const QStringList& args, const QString& name = "tagged.jpg") {
+        const std::string path = test::makeJpeg(dir.path(), name);
+        test::exiftool(
+            QStringList{"-q", "-overwrite_original", QString("-ExifByteOrder=") + GetParam()} +
+            args + QStringList{QString::fromStdString(path)});
+        return path;
+    }
+    QTemporaryDir dir;
+};
+
+TEST_P(ExifFromExiftool, RecordMatchesWhatExiftoolReads) {
+    const std::string thumb = test::makeJpeg(dir.path(), "thumb.jpg", "16x12");
+    const std::string path = tagged({"-Make=Marigold Cam",
+                                     "-Model=M 1",
+                                     "-DateTimeOriginal=2021:06:05 14:30:15",
+                                     "-ExposureTime=1/250",
+                                     "-FNumber=5.6",
+                                     "-ISO=400",
+                                     "-FocalLength=35",
+                                     "-ExifIFD:Flash#=25",
+                                     "-Orientation#=6",
+                                     "-MeteringMode#=5",
+                                     "-LightSource#=4",
+                                     "-ExposureProgram#=2",
+                                     "-ExposureCompensation=-0.7",
+                                     "-SubjectDistance=3.5",
+                                     "-FocalPlaneXResolution=2000",
+                                     "-FocalPlaneResolutionUnit#=3",
+                                     "-ExifImageWidth=3000",
+                                     "-ExifImageHeight=4000",
+                                     "-Comment=line one\r\nline two",
+                                     QString::fromStdString("-ThumbnailImage<=" + thumb)});
+    const QJsonObject json = test::exiftoolJson(path);
+    ASSERT_EQ(json["File:ExifByteOrder"].toString(), GetParam());
+
+    JpegContext context;
+    test::CapturedStreams streams(context);
+    ASSERT_TRUE(context.parseFile(path));
+    EXPECT_EQ(streams.err() + streams.out(), "");
+    const ImageInfo& info = context.imageInfo();
+    const auto number = [&](const char* key) { return float(json[key].toDouble()); };
+    EXPECT_EQ(info.cameraMake, json["IFD0:Make"].toString().toStdString());
+    EXPECT_EQ(info.cameraModel, json["IFD0:Model"].toString().toStdString());
+    EXPECT_EQ(info.dateTime, json["ExifIFD:DateTimeOriginal"].toString().toStdString());
+    EXPECT_FLOAT_EQ(info.exposureTime, number("ExifIFD:ExposureTime"));
+    EXPECT_FLOAT_EQ(info.apertureFNumber, number("ExifIFD:FNumber"));
+    EXPECT_EQ(info.isoEquivalent, json["ExifIFD:ISO"].toInt());
+    EXPECT_FLOAT_EQ(info.focalLength, number("ExifIFD:FocalLength"));
+    EXPECT_EQ(info.flashUsed, json["ExifIFD:Flash"].toInt() & 7 ? 1 : 0);
+    EXPECT_EQ(info.orientation, json["IFD0:Orientation"].toInt());
+    EXPECT_EQ(info.meteringMode, json["ExifIFD:MeteringMode"].toInt());
+    EXPECT_EQ(info.lightSource, json["ExifIFD:LightSource"].toInt());
+    EXPECT_EQ(info.exposureProgram, json["ExifIFD:ExposureProgram"].toInt());
+    EXPECT_FLOAT_EQ(info.exposureBias, number("ExifIFD:ExposureCompensation"));
+    EXPECT_FLOAT_EQ(info.distance, number("ExifIFD:SubjectDistance"));
+    // The larger EXIF dimension over the focal-plane resolution, in centimetres here.
+    EXPECT_FLOAT_EQ(info.ccdWidth, 4000 * 10 / number("ExifIFD:FocalPlaneXResolution"));
+    EXPECT_EQ(info.width, json["File:ImageWidth"].toInt());
+    EXPECT_EQ(info.height, json["File:ImageHeight"].toInt());
+    EXPECT_EQ(info.isColor, json["File:ColorComponents"].toInt() == 3);
+    EXPECT_EQ(info.process, 0xC0 + json["File:EncodingProcess"].toInt());
+    EXPECT_EQ(info.comments, json["File:Comment"].toString().replace("\r\n", "\n").toStdString());
+    EXPECT_EQ(info.comments, "line one\nline two");
+    EXPECT_EQ(info.fileSize, std::uint64_t(json["System:FileSize"].toInteger()));
+    EXPECT_EQ(info.fileDateTime,
+              QFileInfo(QString::fromStdString(path)).lastModified().toSecsSinceEpoch());
+
+    const QByteArray thumbnail =
+        test::runToolBytes("exiftool", {"-b", "-ThumbnailImage", QString::fromStdString(path)});
+    ASSERT_FALSE(thumbnail.isEmpty());
+    EXPECT_EQ(Bytes(info.thumbnail().begin(), info.thumbnail().end()),
+              Bytes(thumbnail.begin(), thumbnail.end()));
+    // exiftool counts from the start of the file, the record from the TIFF header: SOI,
+    // APP0 (18 bytes), the APP1 marker and length, "Exif\0\0" lie between.
+    EXPECT_EQ(info.thumbnailOffset + 2 + 18 + 4 + 6,
+              std::uint32_t(json["IFD1:ThumbnailOffset"].toInt()));
+
+    ASSERT_NE(info.orientationLocation, nullptr);
+    EXPECT_EQ(info.orientationFormat, 3);
+    EXPECT_EQ(info.orientationLocation[GetParam() == std::string("MM") ? 1 : 0], 6);
+}
+
+struct Variation {
+    const char* name;
+    QStringList args;
+    std::function<void(const ImageInfo&)> check;
+    std::string err;
+};
+
+TEST_P(ExifFromExiftool, SingleTagRules) {
+    const Variation variations[] = {
+        {"iso code 3", {"-ISO=3"}, [](const ImageInfo& i) { EXPECT_EQ(i.isoEquivalent, 600); }, ""},
+        {"iso 49", {"-ISO=49"}, [](const ImageInfo& i) { EXPECT_EQ(i.isoEquivalent, 9800); }, ""},
+        {"iso 50", {"-ISO=50"}, [](const ImageInfo& i) { EXPECT_EQ(i.isoEquivalent, 50); }, ""},
+        {"iso 100", {"-ISO=100"}, [](const ImageInfo& i) { EXPECT_EQ(i.isoEquivalent, 100); }, ""},
+        {"flash off",
+         {"-ExifIFD:Flash#=16"},
+         [](const ImageInfo& i) { EXPECT_EQ(i.flashUsed, 0); },
+         ""},
+        {"flash fired",
+         {"-ExifIFD:Flash#=1"},
+         [](const ImageInfo& i) { EXPECT_EQ(i.flashUsed, 1); },
+         ""},
+        {"no flash tag",
+         {"-Make=x"},
+         [](const ImageInfo& i) {
+             EXPECT_EQ(i.flashUsed, -1);
+             EXPECT_EQ(i.meteringMode, -1);
+             EXPECT_EQ(i.thumbnailLocation, nullptr);
+         },
+         ""},
+        {"orientation 9",
+         {"-Orientation#=9"},
+         [](const ImageInfo& i) { EXPECT_EQ(i.orientation, 0); },
+         "Undefined rotation value 9"},
+        {"apex values",
+         {"-ShutterSpeedValue=0.008", "-ApertureValue=4"},
+         [](const ImageInfo& i) {
+             EXPECT_NEAR(i.exposureTime, 0.008, 1e-6);
+             EXPECT_NEAR(i.apertureFNumber, 4, 1e-5);
+         },
+         ""},
+        {"direct values win",
+         {"-ExposureTime=1/60", "-FNumber=2.8", "-ShutterSpeedValue=0.008", "-ApertureValue=4"},
+         [](const ImageInfo& i) {
+             EXPECT_FLOAT_EQ(i.exposureTime, 1 / 60.0f);
+             EXPECT_FLOAT_EQ(i.apertureFNumber, 2.8f);
+         },
+         ""},
+        {"inches",
+         {"-FocalPlaneXResolution=1000", "-FocalPlaneResolutionUnit#=2", "-ExifImageWidth=2000"},
+         [](const ImageInfo& i) { EXPECT_FLOAT_EQ(i.ccdWidth, 50.8f); },
+         ""},
+        {"micrometres",
+         {"-FocalPlaneXResolution=1000", "-FocalPlaneResolutionUnit#=5", "-ExifImageWidth=2000"},
+         [](const ImageInfo& i) { EXPECT_FLOAT_EQ(i.ccdWidth, 0.002f); },
+         ""},
+        {"unknown unit",
+         {"-FocalPlaneXResolution=1000", "-FocalPlaneResolutionUnit#=7", "-ExifImageWidth=2000"},
+         [](const ImageInfo& i) { EXPECT_EQ(i.ccdWidth, 0.0f); },
+         ""},
+        {"user comment alone",
+         {"-UserComment=from the camera"},
+         [](const ImageInfo& i) { EXPECT_EQ(i.comments, "from the camera"); },
+         ""},
+        {"comment segment wins",
+         {"-UserComment=from the camera", "-Comment=typed"},
+         [](const ImageInfo& i) { EXPECT_EQ(i.comments, "typed"); },
+         ""},
+    };
+    for (const Variation& v : variations) {
+        SCOPED_TRACE(v.name);
+        const std::string path = tagged(v.args);
+        JpegContext context;
+        test::CapturedStreams streams(context);
+        ASSERT_TRUE(context.parseFile(path));
+        v.check(context.imageInfo());
+        EXPECT_EQ(streams.err(), v.err.empty() ? "" : kNonfatal + "'" + path + "' " + v.err + "\n");
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(ExifByteOrders, ExifFromExiftool, ::testing::Values("II", "MM"));
+
+TEST(ExifParseFile, MissingFileIsReportedTwice) {
+    JpegContext context;
+    test::CapturedStreams streams(context);
+    EXPECT_FALSE(context.parseFile("/nonexistent/a.jpg"));
+    EXPECT_EQ(streams.err(),
+              "Error : No such file\nin file '/nonexistent/a.jpg'\n"
+              "can't open '/nonexistent/a.jpg'\n");
+    EXPECT_EQ(context.imageInfo().flashUsed, -1);
+}
+
+}  // namespace
+}  // namespace marigold
