@@ -6,6 +6,7 @@
 #include "core/AppController.h"
 #include "core/HeadlessExport.h"
 #include "core/MainWindow.h"
+#include "jpeg/CopyInfo.h"
 #include "platform/Defaults.h"
 #include "platform/VipsRuntime.h"
 
@@ -22,7 +23,9 @@ void nameApplication() {
 int exportHeadless(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     nameApplication();
-    return marigold::runExportCommand(QCoreApplication::arguments().mid(1), argv[0]);
+    return marigold::runExportCommand(
+        QCoreApplication::arguments().mid(1), argv[0],
+        [](const QString& source, const QString& jpeg) { marigold::copyInfoFromPath(source, jpeg); });
 }
 
 }  // namespace

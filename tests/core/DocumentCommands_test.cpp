@@ -158,9 +158,9 @@ TEST_F(DocumentCommands, MetadataTravelsAsTheSettingSays) {
         bool carriesMake;
     } cases[] = {
         {0, 101, false}, {0, 103, false},
-        // TIFF keeps the metadata for any non-zero setting; a JPEG with 1 gets the EXIF
-        // block copied by the transplant instead, which this writer has not been given.
-        {1, 103, true}, {1, 101, false},
+        // TIFF keeps the metadata for any non-zero setting; a JPEG with 1 gets the source's
+        // EXIF block copied over as it is.
+        {1, 103, true}, {1, 101, true},
         {2, 101, true}, {2, 103, true}, {2, 102, false}, {2, 104, false},
     };
     for (const auto& c : cases) {

@@ -39,6 +39,16 @@ expect "--format wins" "$(identify -format %m named.img)" TIFF
 export_run --export plain photo.jpg || fail "no extension"
 expect "JPEG by default" "$(identify -format %m plain)" JPEG
 
+# The source's EXIF block travels into a JPEG by default, and not with --preserve-exif 0.
+cp photo.jpg tagged.jpg
+exiftool -q -overwrite_original -Make=ExportCam -Orientation#=6 tagged.jpg
+export_run --export carried.jpg --width 300 tagged.jpg || fail "tagged export"
+expect "EXIF make kept" "$(exiftool -s3 -Make carried.jpg)" ExportCam
+expect "orientation kept as it was" "$(exiftool -s3 -n -Orientation carried.jpg)" 6
+expect "still the exported size" "$(size_of carried.jpg)" 300x225
+export_run --export bare.jpg --width 300 --preserve-exif 0 tagged.jpg || fail "--preserve-exif 0"
+expect "no EXIF with 0" "$(exiftool -s3 -Make bare.jpg)" ""
+
 # A format whose libvips module is loaded only when a file needs it.
 vips copy photo.png photo.heic
 export_run --export from-heic.png --width 300 photo.heic || fail "HEIF input"
