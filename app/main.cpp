@@ -5,8 +5,9 @@
 
 #include "core/AppController.h"
 #include "core/HeadlessExport.h"
+#include "core/HeadlessInfo.h"
 #include "core/MainWindow.h"
-#include "jpeg/CopyInfo.h"
+#include "jpeg/BFImageInfo.h"
 #include "platform/Defaults.h"
 #include "platform/VipsRuntime.h"
 
@@ -25,7 +26,9 @@ int exportHeadless(int argc, char** argv) {
     nameApplication();
     return marigold::runExportCommand(
         QCoreApplication::arguments().mid(1), argv[0],
-        [](const QString& source, const QString& jpeg) { marigold::copyInfoFromPath(source, jpeg); });
+        [](const QString& source, const QString& jpeg) {
+            marigold::BFImageInfo::copyInfoFromPath(source, jpeg);
+        });
 }
 
 }  // namespace
@@ -34,6 +37,11 @@ int main(int argc, char** argv) {
     QStringList arguments;
     for (int i = 1; i < argc; ++i) arguments << QString::fromLocal8Bit(argv[i]);
     if (marigold::isExportCommand(arguments)) return exportHeadless(argc, argv);
+    if (marigold::isInfoCommand(arguments)) {
+        QCoreApplication app(argc, argv);
+        nameApplication();
+        return marigold::runInfoCommand(arguments, argv[0]);
+    }
 
     QApplication app(argc, argv);
     nameApplication();
@@ -48,6 +56,9 @@ int main(int argc, char** argv) {
     parser.addOption({QStringLiteral("export"),
                       QStringLiteral("Export without a window; see marigold --export --help."),
                       QStringLiteral("OUT")});
+    parser.addOption({QStringLiteral("info"),
+                      QStringLiteral("Print what is known about an image file, without a window."),
+                      QStringLiteral("FILE")});
     parser.process(app);
 
     if (!marigold::startVips(argv[0])) return 1;

@@ -18,7 +18,7 @@ tag() {  # tag NAME exiftool-arguments...
     exiftool -q -q -overwrite_original "$@" "$work/$name.jpg"
 }
 tag intel -ExifByteOrder=II -Make=Maker -Model=Model-1 -DateTimeOriginal='2024:05:06 07:08:09' \
-    -ExposureTime=1/250 -FNumber=5.6 -ISO=3 -FocalLength=35 -Flash=1 -Orientation#=6 \
+    -ExposureTime=1/250 -FNumber=5.6 -ISO=3 -FocalLength=35 -EXIF:Flash#=1 -Orientation#=6 \
     -FocalPlaneXResolution=4000 -FocalPlaneResolutionUnit=inches -ExifImageWidth=6000 \
     "-ThumbnailImage<=$work/thumb.jpg"
 tag motorola -ExifByteOrder=MM -Make=Other -Orientation#=8 -ExposureCompensation=-0.7 \

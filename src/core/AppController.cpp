@@ -7,7 +7,7 @@
 #include <cmath>
 
 #include "core/NumberText.h"
-#include "jpeg/CopyInfo.h"
+#include "jpeg/BFImageInfo.h"
 #include "output/OutputImageView.h"
 #include "platform/DefaultsKeys.h"
 #include "platform/ImageLoader.h"
@@ -41,7 +41,7 @@ void AppController::setViews(InputImageView* input, OutputImageView* output) {
     _inputView->setDelegate(this);
     _outputView->setDelegate(this);
     _outputView->writer()->copyExif = [](const QString& source, const QString& jpeg) {
-        copyInfoFromPath(source, jpeg);
+        BFImageInfo::copyInfoFromPath(source, jpeg);
     };
     // Every preview reports its size: store both, then tell the fields once.
     connect(_outputView, &OutputImageView::pixelSizeChanged, this, [this](int w, int h) {

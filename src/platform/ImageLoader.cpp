@@ -88,4 +88,38 @@ LoadedImage loadImageFile(const QString& path) {
     }
 }
 
+Image thumbnailOfFile(const QString& path, int box) {
+    const QByteArray name = path.toLocal8Bit();
+    if (!QFileInfo(path).isFile() || !vips_foreign_find_load(name.constData())) {
+        vips_error_clear();
+        return {};
+    }
+    try {
+        const vips::VImage header = vips::VImage::new_from_file(name.constData());
+        if (!tooLarge(header).isEmpty()) return {};
+        return Image::fromVips(vips::VImage::thumbnail(
+            name.constData(), box,
+            // As stored, like every picture here: no EXIF orientation applied.
+            vips::VImage::option()->set("height", box)->set("size", VIPS_SIZE_DOWN)->set("no_rotate", true)));
+    } catch (const vips::VError&) {
+        vips_error_clear();
+        return {};
+    }
+}
+
+QSize imagePixelSize(const QString& path) {
+    const QByteArray name = path.toLocal8Bit();
+    if (!QFileInfo(path).isFile() || !vips_foreign_find_load(name.constData())) {
+        vips_error_clear();
+        return {};
+    }
+    try {
+        const vips::VImage header = vips::VImage::new_from_file(name.constData());
+        return QSize(header.width(), header.height());
+    } catch (const vips::VError&) {
+        vips_error_clear();
+        return {};
+    }
+}
+
 }  // namespace marigold

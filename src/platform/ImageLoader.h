@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QSize>
 #include <QString>
 
 #include "platform/Image.h"
@@ -18,5 +19,12 @@ struct LoadedImage {
 // Decodes image 0 of any file libvips reads, as stored (no orientation applied), converted
 // to 8-bit RGBA sRGB. Truncated and oversized files fail instead of yielding partial images.
 LoadedImage loadImageFile(const QString& path);
+
+// The pixel size of an image file, read from its header alone; empty when unreadable.
+QSize imagePixelSize(const QString& path);
+
+// The picture of a file shrunk to fit `box` pixels (never enlarged), decoded at a reduced
+// size where the format allows; a null image when the file is no readable image.
+Image thumbnailOfFile(const QString& path, int box);
 
 }  // namespace marigold
