@@ -375,6 +375,7 @@ void AppController::setSourcePath(const QString& path) {
                                    : QFileInfo(path).completeBaseName());
     if (!path.isEmpty() && QFileInfo::exists(path)) _recentDocuments.noteNewRecentDocument(path);
     _sourcePath = path;
+    Q_EMIT sourcePathChanged(path);
 }
 
 QString AppController::filename() {

@@ -145,6 +145,7 @@ Q_SIGNALS:
     void settingsChanged();
     void rotationChanged(double degrees);
     void documentNameChanged(const QString& name);
+    void sourcePathChanged(const QString& path);
     void userResizableChanged();
     void inputControlsEnabledChanged(bool enabled);
 

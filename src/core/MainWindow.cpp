@@ -11,6 +11,7 @@
 
 #include "core/AppController.h"
 #include "core/OutputControls.h"
+#include "jpeg/InfoController.h"
 #include "output/OutputImageView.h"
 #include "selection/InputImageView.h"
 
@@ -89,6 +90,8 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     });
 
     _controller.setViews(_inputView, _outputView);
+    _info = new InfoController(_controller.defaults(), this);
+    connect(&_controller, &AppController::sourcePathChanged, _info, &InfoController::setPath);
     _buildMenus();
     resize(1100, 720);
     restoreFrame();
@@ -104,6 +107,9 @@ void MainWindow::_buildMenus() {
     save->setShortcut(QKeySequence::Save);
     QAction* print = file->addAction(tr("Print…"), &_controller, &AppController::print);
     print->setShortcut(QKeySequence::Print);
+    file->addSeparator();
+    QAction* getInfo = file->addAction(tr("Get Info"), this, [this] { _info->showWindow(); });
+    getInfo->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));
     file->addSeparator();
     QAction* quit = file->addAction(tr("Quit Marigold"), this, &QWidget::close);
     quit->setShortcut(QKeySequence::Quit);

@@ -12,6 +12,7 @@ class AppController;
 class InputImageView;
 class OutputImageView;
 class OutputControls;
+class InfoController;
 
 // The single main window: input pane and output pane side by side, each at least 300
 // points wide and kept equal when the window is resized, with the document name and the
@@ -53,6 +54,7 @@ private:
     OutputControls* _outputControls;
     QAction* _undoAction = nullptr;
     QAction* _redoAction = nullptr;
+    InfoController* _info;
     bool _previewPending = false;
 };
 
