@@ -2,6 +2,7 @@
 
 #include <QFileInfo>
 #include <future>
+#include <optional>
 
 #include "platform/VipsRuntime.h"
 
@@ -88,15 +89,29 @@ LoadedImage loadImageFile(const QString& path) {
     }
 }
 
-Image thumbnailOfFile(const QString& path, int box) {
-    const QByteArray name = path.toLocal8Bit();
-    if (!QFileInfo(path).isFile() || !vips_foreign_find_load(name.constData())) {
+namespace {
+
+// The header of an image file libvips reads (pixels not decoded), or nothing.
+std::optional<vips::VImage> readableHeader(const QByteArray& name) {
+    if (!QFileInfo(QString::fromLocal8Bit(name)).isFile() || !vips_foreign_find_load(name.constData())) {
         vips_error_clear();
-        return {};
+        return std::nullopt;
     }
     try {
-        const vips::VImage header = vips::VImage::new_from_file(name.constData());
-        if (!tooLarge(header).isEmpty()) return {};
+        return vips::VImage::new_from_file(name.constData());
+    } catch (const vips::VError&) {
+        vips_error_clear();
+        return std::nullopt;
+    }
+}
+
+}  // namespace
+
+Image thumbnailOfFile(const QString& path, int box) {
+    const QByteArray name = path.toLocal8Bit();
+    const std::optional<vips::VImage> header = readableHeader(name);
+    if (!header || !tooLarge(*header).isEmpty()) return {};
+    try {
         return Image::fromVips(vips::VImage::thumbnail(
             name.constData(), box,
             // As stored, like every picture here: no EXIF orientation applied.
@@ -108,18 +123,8 @@ Image thumbnailOfFile(const QString& path, int box) {
 }
 
 QSize imagePixelSize(const QString& path) {
-    const QByteArray name = path.toLocal8Bit();
-    if (!QFileInfo(path).isFile() || !vips_foreign_find_load(name.constData())) {
-        vips_error_clear();
-        return {};
-    }
-    try {
-        const vips::VImage header = vips::VImage::new_from_file(name.constData());
-        return QSize(header.width(), header.height());
-    } catch (const vips::VError&) {
-        vips_error_clear();
-        return {};
-    }
+    const std::optional<vips::VImage> header = readableHeader(path.toLocal8Bit());
+    return header ? QSize(header->width(), header->height()) : QSize();
 }
 
 }  // namespace marigold
