@@ -187,12 +187,11 @@ void MainWindow::_equalisePanes() {
 }
 
 void MainWindow::saveFrame() {
-    _controller.defaults().setObject(kFrameKey, saveGeometry().toBase64());
+    _controller.defaults().setFrame(kFrameKey, saveGeometry());
 }
 
 void MainWindow::restoreFrame() {
-    const QByteArray frame =
-        QByteArray::fromBase64(_controller.defaults().stringForKey(kFrameKey).toLatin1());
+    const QByteArray frame = _controller.defaults().frameForKey(kFrameKey);
     if (!frame.isEmpty()) restoreGeometry(frame);
 }
 

@@ -63,8 +63,7 @@ QString InfoController::fieldText(const QString& label) const {
 }
 
 void InfoController::showWindow() {
-    const QByteArray frame =
-        QByteArray::fromBase64(_defaults.stringForKey(kFrameKey).toLatin1());
+    const QByteArray frame = _defaults.frameForKey(kFrameKey);
     if (!frame.isEmpty()) restoreGeometry(frame);
     show();
     raise();
@@ -77,7 +76,7 @@ void InfoController::showEvent(QShowEvent* event) {
 }
 
 void InfoController::hideEvent(QHideEvent* event) {
-    _defaults.setString(kFrameKey, QString::fromLatin1(saveGeometry().toBase64()));
+    _defaults.setFrame(kFrameKey, saveGeometry());
     QWidget::hideEvent(event);
 }
 

@@ -240,6 +240,14 @@ void Defaults::setString(const QString& key, const QString& value) {
     setObject(key, value);
 }
 
+QByteArray Defaults::frameForKey(const QString& key) const {
+    return QByteArray::fromBase64(stringForKey(key).toLatin1());
+}
+
+void Defaults::setFrame(const QString& key, const QByteArray& frame) {
+    setString(key, QString::fromLatin1(frame.toBase64()));
+}
+
 QColor Defaults::colorForKey(const QString& key) const {
     const QVariant value = objectForKey(key);
     return value.typeId() == QMetaType::QString ? colorFromText(value.toString()) : QColor();

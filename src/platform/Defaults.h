@@ -59,6 +59,10 @@ public:
     QDateTime dateForKey(const QString& key) const;
     void setDate(const QString& key, const QDateTime& date);
 
+    // Window frames (QWidget::saveGeometry) as base64 text; empty when missing.
+    QByteArray frameForKey(const QString& key) const;
+    void setFrame(const QString& key, const QByteArray& frame);
+
     // Reads, adds one, writes and flushes to disk at once; returns the new value.
     int incrementIntegerForKey(const QString& key);
 
