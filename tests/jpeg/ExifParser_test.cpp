@@ -1,3 +1,4 @@
+#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
@@ -383,6 +384,12 @@ struct Variation {
 };
 
 TEST_P(ExifFromExiftool, SingleTagRules) {
+    const QString commentFile = dir.filePath("comment.bin");
+    {
+        QFile file(commentFile);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray("one\r\ntwo\0three\rfour", 19));
+    }
     const Variation variations[] = {
         {"iso code 3", {"-ISO=3"}, [](const ImageInfo& i) { EXPECT_EQ(i.isoEquivalent, 600); }, ""},
         {"iso 49", {"-ISO=49"}, [](const ImageInfo& i) { EXPECT_EQ(i.isoEquivalent, 9800); }, ""},
@@ -437,6 +444,10 @@ TEST_P(ExifFromExiftool, SingleTagRules) {
         {"user comment alone",
          {"-UserComment=from the camera"},
          [](const ImageInfo& i) { EXPECT_EQ(i.comments, "from the camera"); },
+         ""},
+        {"comment with CR LF, NUL and a lone CR",
+         {"-Comment<=" + commentFile},
+         [](const ImageInfo& i) { EXPECT_EQ(i.comments, "one\ntwo?three?four"); },
          ""},
         {"comment segment wins",
          {"-UserComment=from the camera", "-Comment=typed"},
