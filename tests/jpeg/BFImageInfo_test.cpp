@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -45,9 +46,13 @@ TEST(BFImageInfoKinds, ExtensionsNameTheirKinds) {
     }
 }
 
-TEST_F(BFImageInfoTest, CameraFactsAreWhatExiftoolWrote) {
+// The panel's strings from files exiftool tagged in either byte order.
+class BFImageInfoByteOrder : public BFImageInfoTest,
+                             public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(BFImageInfoByteOrder, CameraFactsAreWhatExiftoolWrote) {
     const QString path = taggedJpeg(QStringLiteral("camera.JPG"),
-        {QStringLiteral("-Make=Maker"), QStringLiteral("-Model=Model 7"),
+        {QStringLiteral("-ExifByteOrder=") + GetParam(), QStringLiteral("-Make=Maker"), QStringLiteral("-Model=Model 7"),
          QStringLiteral("-DateTimeOriginal=2024:05:06 07:08:09"), QStringLiteral("-ExposureTime=0.004"),
          QStringLiteral("-FNumber=5.6"), QStringLiteral("-ISO=3"), QStringLiteral("-FocalLength=50"),
          QStringLiteral("-EXIF:Flash#=1"), QStringLiteral("-Orientation#=6"),
@@ -73,6 +78,23 @@ TEST_F(BFImageInfoTest, CameraFactsAreWhatExiftoolWrote) {
     EXPECT_EQ(info->thumbnail().width(), 32);
     EXPECT_EQ(info->thumbnail().height(), 21);
 }
+
+TEST_P(BFImageInfoByteOrder, TheExifThumbnailIsPreferredToThePicture) {
+    QImage blue(40, 40, QImage::Format_RGB32);
+    blue.fill(Qt::blue);
+    const QString thumb = dir.filePath(QStringLiteral("thumb.jpg"));
+    ASSERT_TRUE(blue.save(thumb, "JPEG", 95));
+    const QString path = taggedJpeg(QStringLiteral("thumbed.jpg"),
+        {QStringLiteral("-ExifByteOrder=") + GetParam(), QStringLiteral("-ThumbnailImage<=") + thumb});
+    const std::optional<BFImageInfo> info = BFImageInfo::fromFile(path);
+    ASSERT_TRUE(info);
+    ASSERT_EQ(info->thumbnail().size(), QSize(32, 32)) << "square like the thumbnail, not 3:2";
+    const QColor centre = info->thumbnail().pixelColor(16, 16);
+    EXPECT_GT(centre.blue(), 200);
+    EXPECT_LT(centre.red(), 40);
+}
+
+INSTANTIATE_TEST_SUITE_P(ByteOrders, BFImageInfoByteOrder, ::testing::Values("II", "MM"));
 
 TEST_F(BFImageInfoTest, OtherFilesFallBackOnTheImageLoaderAndNothingKnownShowsDefaults) {
     const QString png = dir.filePath(QStringLiteral("plain.png"));
