@@ -2,10 +2,9 @@
 
 #include <cctype>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "../../fuzz/FuzzBodies.h"
+#include "jpeg/JpegTestFiles.h"
 
 namespace marigold {
 namespace {
@@ -46,12 +45,10 @@ std::vector<Input> savedInputs() {
 
 class FuzzRegression : public testing::TestWithParam<Input> {};
 
-// Each saved input goes through the same code as its fuzz target: a crash, a hang or (in a
-// sanitizer build) a memory error fails the test.
+// Each saved input goes through the same code as its fuzz target: a crash or a hang fails
+// the test. `make fuzz` replays the same folder under the sanitizers.
 TEST_P(FuzzRegression, RunsToTheEnd) {
-    std::ifstream in(GetParam().path, std::ios::binary);
-    ASSERT_TRUE(in) << GetParam().path;
-    const std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(in), {}};
+    const test::Bytes bytes = test::readBytes(GetParam().path.string());
     ASSERT_FALSE(bytes.empty()) << GetParam().path;
     GetParam().target->body(bytes);
 }
