@@ -43,9 +43,11 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
 
     _inputView = new InputImageView;
     _inputView->setObjectName(QStringLiteral("inputView"));
+    _inputView->setAccessibleName(tr("Source image"));
     _inputView->setMinimumWidth(kMinimumPaneWidth);
     _outputView = new OutputImageView;
     _outputView->setObjectName(QStringLiteral("outputView"));
+    _outputView->setAccessibleName(tr("Output image"));
     _outputScroll = new QScrollArea;
     _outputScroll->setObjectName(QStringLiteral("outputScrollView"));
     _outputScroll->setMinimumWidth(kMinimumPaneWidth);
@@ -62,8 +64,10 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
 
     _nameField = new QLineEdit(_controller.documentName());
     _nameField->setObjectName(QStringLiteral("filenameTextField"));
+    _nameField->setAccessibleName(tr("Document name"));
     auto* sizeLabel = new QLabel;
     sizeLabel->setObjectName(QStringLiteral("sizeTextField"));
+    sizeLabel->setAccessibleName(tr("Source size"));
     _inputView->setSizeTextField(sizeLabel);
     _outputControls = new OutputControls(_controller);
     _outputView->setFilesizeLabel(_outputControls->filesizeLabel());

@@ -14,9 +14,10 @@ namespace {
 // The slider works in hundredths of the sharpness value.
 constexpr int kSharpnessSteps = 100;
 
-QLineEdit* numberField(const QString& name, int width) {
+QLineEdit* numberField(const QString& name, const QString& spoken, int width) {
     auto* field = new QLineEdit;
     field->setObjectName(name);
+    field->setAccessibleName(spoken);
     field->setFixedWidth(width);
     field->setAlignment(Qt::AlignRight);
     return field;
@@ -25,22 +26,25 @@ QLineEdit* numberField(const QString& name, int width) {
 
 OutputControls::OutputControls(AppController& controller, QWidget* parent)
     : QWidget(parent), _controller(controller) {
-    _percentField = numberField(QStringLiteral("scalePercentField"), 48);
-    _widthField = numberField(QStringLiteral("pixelWidthField"), 60);
-    _heightField = numberField(QStringLiteral("pixelHeightField"), 60);
+    _percentField = numberField(QStringLiteral("scalePercentField"), tr("Scale percent"), 48);
+    _widthField = numberField(QStringLiteral("pixelWidthField"), tr("Output width"), 60);
+    _heightField = numberField(QStringLiteral("pixelHeightField"), tr("Output height"), 60);
     _sharpenBox = new QCheckBox(tr("Sharpen"));
     _sharpenBox->setObjectName(QStringLiteral("sharpenBox"));
     _sharpnessSlider = new QSlider(Qt::Horizontal);
     _sharpnessSlider->setObjectName(QStringLiteral("sharpnessSlider"));
+    _sharpnessSlider->setAccessibleName(tr("Sharpness"));
     _sharpnessSlider->setRange(0, 2 * kSharpnessSteps);
     _sharpnessSlider->setFixedWidth(90);
     _livePreviewBox = new QCheckBox(tr("Live Preview"));
     _livePreviewBox->setObjectName(QStringLiteral("livePreviewBox"));
     _filesizeLabel = new QLabel;
     _filesizeLabel->setObjectName(QStringLiteral("filesizeLabel"));
+    _filesizeLabel->setAccessibleName(tr("Output file size"));
     // A busy bar: shown only while an output file is written.
     _progressIndicator = new QProgressBar;
     _progressIndicator->setObjectName(QStringLiteral("progressIndicator"));
+    _progressIndicator->setAccessibleName(tr("Writing the output file"));
     _progressIndicator->setRange(0, 0);
     _progressIndicator->setTextVisible(false);
     _progressIndicator->setFixedSize(40, 12);
