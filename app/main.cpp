@@ -7,7 +7,6 @@
 #include "core/HeadlessExport.h"
 #include "core/HeadlessInfo.h"
 #include "core/MainWindow.h"
-#include "jpeg/BFImageInfo.h"
 #include "platform/Defaults.h"
 #include "platform/VipsRuntime.h"
 
@@ -24,11 +23,7 @@ void nameApplication() {
 int exportHeadless(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     nameApplication();
-    return marigold::runExportCommand(
-        QCoreApplication::arguments().mid(1), argv[0],
-        [](const QString& source, const QString& jpeg) {
-            marigold::BFImageInfo::copyInfoFromPath(source, jpeg);
-        });
+    return marigold::runExportCommand(QCoreApplication::arguments().mid(1), argv[0]);
 }
 
 }  // namespace

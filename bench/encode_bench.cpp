@@ -77,7 +77,7 @@ void sizeLimitedJpeg(benchmark::State& state) {
     const QString path = QStringLiteral("/dev/null");
     for (auto _ : state) {
         std::vector<JpegAttempt> trace;
-        if (!writeToJPEGFile(image, path, 100, int(state.range(0)), std::nullopt, &trace)) {
+        if (!writeToJPEGFile(image, path, 100, int(state.range(0)), {}, &trace)) {
             state.SkipWithError("no quality fitted");
         }
         state.counters["attempts"] = double(trace.size());

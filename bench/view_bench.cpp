@@ -6,6 +6,7 @@
 #include "core/AppController.h"
 #include "core/MainWindow.h"
 #include "output/OutputImageView.h"
+#include "platform/DefaultsKeys.h"
 #include "selection/InputImageView.h"
 #include "support/TestImages.h"
 
@@ -54,7 +55,7 @@ void BM_OpenJpegUntilDisplayed(benchmark::State& state) {
         // The full-size decode finishes in the background after the picture is shown; let
         // it finish outside the measurement so the next open does not compete with it.
         state.PauseTiming();
-        view.image().pixels();
+        session.controller.document().image().pixels();
         state.ResumeTiming();
     }
 }
@@ -68,8 +69,10 @@ void BM_InputPaintDuringDrag(benchmark::State& state) {
     QImage target(view.size(), QImage::Format_ARGB32_Premultiplied);
     view.render(&target);
     int frame = 0;
+    // The selection alone: no preview is made while dragging without live preview.
+    session.defaults.setBool(keys::DefLivePreview, false);
     for (auto _ : state) {
-        view.editMarqueeWithoutUndo(dragFrame(view.imageBounds(), frame++));
+        session.controller.dragMarquee(dragFrame(view.imageBounds(), frame++));
         view.render(&target);
     }
 }
@@ -85,8 +88,7 @@ void BM_DragFrameWithLivePreview(benchmark::State& state) {
     QImage outputTarget(session.window.outputView()->size(), QImage::Format_ARGB32_Premultiplied);
     int frame = 0;
     for (auto _ : state) {
-        view.editMarqueeWithoutUndo(dragFrame(view.imageBounds(), frame++));
-        session.controller.updatePreviewFast(true);
+        session.controller.dragMarquee(dragFrame(view.imageBounds(), frame++));
         view.render(&inputTarget);
         session.window.outputView()->render(&outputTarget);
     }

@@ -2,26 +2,34 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QSize>
 #include <QString>
-#include <QTimer>
-#include <functional>
 
+#include "core/Document.h"
 #include "output/OutputViewDelegate.h"
 #include "output/TempFolder.h"
+#include "output/TmpFileWriter.h"
 #include "platform/Defaults.h"
 #include "platform/RecentDocuments.h"
 #include "platform/UndoManager.h"
 #include "processing/ImageProcessor.h"
 #include "selection/InputViewDelegate.h"
 
+class QTimer;
+
 namespace marigold {
 
-class InputImageView;
-class OutputImageView;
+class WindowSide;
 
-// The one document: the source shown in the input view, its selection, and every setting
-// that turns them into the output. Settings kept in the defaults are read from there on
-// every call; every setter goes through the undo manager.
+// Owns the one document and changes it: every editing setting goes through an undoable
+// setter here, settings kept in the defaults are read from there on every call, and every
+// file that leaves is rendered from the document at full resolution when it is written.
+// The views show the document and report edits; dialogs are the window side's.
+//
+// The work is split by job: AppController.cpp (start-up, preferences, derived values),
+// EditingSettings.cpp (the undoable settings), SelectionCommands.cpp (selection, preview,
+// output size), DocumentCommands.cpp (bringing a picture in) and OutputCommands.cpp
+// (taking the output out).
 class AppController : public QObject, public InputViewDelegate, public OutputViewDelegate {
     Q_OBJECT
 
@@ -29,9 +37,12 @@ public:
     // Registers the factory defaults with `defaults` (which must outlive the controller).
     explicit AppController(Defaults& defaults, QObject* parent = nullptr);
 
-    void setViews(InputImageView* input, OutputImageView* output);
+    // Where alerts and dialogs go; without one, alerts are dropped and questions get their
+    // default answers (headless runs and tests).
+    void setWindowSide(WindowSide* window) { _window = window; }
+    const Document& document() const { return _document; }
     Defaults& defaults() override { return _defaults; }
-    UndoManager& undoManager() override { return _undoManager; }
+    UndoManager& undoManager() { return _undoManager; }
     ImageProcessor& imageProcessor() { return _imageProcessor; }
 
     // Settings in the defaults.
@@ -39,8 +50,9 @@ public:
     void setSharpen(bool on);
     float sharpness() const;
     void setSharpness(float sharpness);
-    int fileFormat() const override;
+    int fileFormat() const;
     void setFileFormat(int format);
+    // 0 (shrink to fit) or 2 (actual pixels); any other stored value reads as 2.
     int previewMode() const;
     void setPreviewMode(int mode);
     QString quality() const;
@@ -51,9 +63,9 @@ public:
     void setFilesizeLimit(const QString& text);
 
     // Settings in fields.
-    double rotation() const { return _rotation; }
+    double rotation() const { return _document.rotation(); }
     void setRotation(double degrees);
-    float scaleFactor() const { return _scaleFactor; }
+    float scaleFactor() const { return _document.scaleFactor(); }
     void setScaleFactor(float factor);
     void setScaleFactorWithoutUndo(float factor) override;
     int scaleFactorPercent() const;
@@ -65,44 +77,56 @@ public:
 
     // Derived values.
     bool hasQuality() const;
-    bool hasFilesizeLimit() const override;
+    bool hasFilesizeLimit() const;
     bool userResizable() const;
-    void setUserResizable(bool) override;
-    int compression() const override;
-    bool livePreview() const override;
+    void setUserResizable(bool);
+    int compression() const;
+    bool livePreview() const;
 
-    // Preview and size commands.
-    void updatePreviewFast(bool fast) override;
-    void updatePreview() override;
+    // The preview: a fast one draws no more pixels than `setPreviewPixelLimit` allows and
+    // is not sharpened.
+    void updatePreviewFast(bool fast);
+    void updatePreview();
+    void setPreviewPixelLimit(QSize devicePixels);
+    // The scale from a typed output size: exactly that many pixels come out. A size equal to
+    // the current output's changes nothing.
     void pixelWidthChanged();
     void pixelHeightChanged();
     void scaleImageByPixels(int step);
 
-    // Selection and document commands.
+    // The selection; each of these is one undo step named "Crop Selection".
+    void setMarquee(const Marquee& marquee);
     void selectAll();
     void deselect();
+    void dragMarquee(const Marquee& marquee) override;
+    void finishMarqueeDrag(const Marquee& before, const Marquee& after) override;
+    void nudgeMarquee(const Marquee& marquee) override;
+
     void clear();
-    void resetControls() override;
+    void resetControls();
     void preferenceDidChange();
 
-    // Opening: false (with a one-line reason) leaves the document exactly as it was.
+    // Opening: false (with a one-line reason) leaves the document exactly as it was. A file
+    // whose end is damaged opens with the part that could be read, and a notice says so.
     bool openFile(const QString& path) override;
     bool openFile(const QString& path, QString* reason);
-    QString sourcePath() const override { return _sourcePath; }
+    QString sourcePath() const { return _document.sourcePath(); }
     void setSourcePath(const QString& path);
     // The document name (the editable name field); "untitled" when empty.
-    QString filename() override;
+    QString filename();
     void setDocumentName(const QString& name);
-    QString documentName() const { return _documentName; }
-
-    // The source file's metadata, read afresh on every call.
-    std::optional<Metadata> metadata() const override;
-    TempFolder& tempFolder() override { return _tempFolder; }
+    QString documentName() const { return _document.name(); }
+    TempFolder& tempFolder() { return _tempFolder; }
     QString tmpdir() { return _tempFolder.tmpdir(); }
     // At quit: the temporary folder and every output file in it go.
     bool cleanupTmpdir() { return _tempFolder.cleanupTmpdir(); }
 
-    // Bringing images in and taking the output out.
+    // The output leaving: always rendered from the document at full resolution, never taken
+    // from a preview, and written once per state of the document and its settings.
+    bool hasOutput() const;
+    QString writeTmpFile() override;
+    bool limitTooLow() const override { return _writer.limitTooLow(); }
+    void clearCache();
     void paste();
     void copyOutputImage();
     void saveDocumentAs();
@@ -117,7 +141,7 @@ public:
     // Reloads the source file; possible only while it exists.
     void revert();
     bool canRevert() const;
-    // Empties both views but keeps the source path and the name.
+    // Empties the document's picture but keeps the source path and the name.
     void discardImage();
     void print();
     void openLastDocument();
@@ -125,6 +149,8 @@ public:
 
     // The window title: back to "Marigold" 4 seconds from now; one step of scrolling a
     // name out of "Marigold - name".
+    QString title() const { return _title; }
+    void setTitle(const QString& title);
     void clearTitle();
     void animateTitle(QTimer* timer);
 
@@ -133,47 +159,46 @@ public:
     void removeOldDefaults();
     void migrateCheckAtStartup();
 
-    // Shows a modal alert; replaceable so that tests need no modal dialog.
-    std::function<void(const QString& title, const QString& text)> showAlert;
-    // Asked before the file-size limit is turned on; answers true for "Don't Show This
-    // Message Again". Replaceable so that tests need no modal dialog.
-    std::function<bool()> askSizeLimitWarning;
-
 Q_SIGNALS:
     void scaleFactorChanged();
     void pixelSizeChanged();
     void settingsChanged();
     void rotationChanged(double degrees);
-    void documentNameChanged(const QString& name);
-    void sourcePathChanged(const QString& path);
     void userResizableChanged();
     void inputControlsEnabledChanged(bool enabled);
+    // A new preview, or none with `message` saying why (the output would be too large).
+    void previewChanged(const Image& preview, const QString& message);
+    // The size of the last file written, or empty once it no longer shows the output.
+    void filesizeTextChanged(const QString& text);
+    void titleChanged(const QString& title);
 
 private:
     template <typename Value, typename Setter>
     void _registerUndo(Value old, Setter setter, const QString& actionName);
-    template <typename Setter>
-    void _later(int msec, Setter call);
-    bool _hasSelection() const;
-    void _refreshOutputView();
-    bool _showSizeLimitWarning();
-    QWidget* _window() const;
-    void _setTitle(const QString& title);
+    template <typename Call>
+    void _later(int msec, Call call);
+    template <typename Value>
+    void _storeSetting(QLatin1StringView key, Value old, Value value,
+                       void (AppController::*setter)(Value), const QString& actionName);
+    void _registerMarqueeUndo(const Marquee& restore);
+    void _showImage(const Image& image);
+    Image _renderOutput(bool fast) const;
+    // The output file, and in `rendered` (when given) the pixels it was encoded from.
+    QString _writeTmpFile(Image* rendered);
+    void _scaleToPixels(int pixels, float cropPixels, int current);
+    void _alert(const QString& title, const QString& text);
 
     Defaults& _defaults;
     UndoManager _undoManager;
     ImageProcessor _imageProcessor;
-    QPointer<InputImageView> _inputView;
-    QPointer<OutputImageView> _outputView;
-
-    float _scaleFactor = 1.0f;
-    double _rotation = 0;
+    Document _document;
+    TempFolder _tempFolder;
+    TmpFileWriter _writer{_tempFolder};
+    RecentDocuments _recentDocuments;
+    WindowSide* _window = nullptr;
     int _pixelWidth = 0;
     int _pixelHeight = 0;
-    TempFolder _tempFolder;
-    RecentDocuments _recentDocuments;
-    QString _sourcePath;
-    QString _documentName = QStringLiteral("untitled");
+    QString _title = QStringLiteral("Marigold");
 };
 
 }  // namespace marigold

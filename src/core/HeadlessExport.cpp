@@ -8,7 +8,6 @@
 #include <cmath>
 #include <cstdio>
 
-#include "output/ImageMetadata.h"
 #include "platform/ImageLoader.h"
 #include "platform/VipsRuntime.h"
 #include "processing/CropGeometry.h"
@@ -19,9 +18,6 @@ namespace marigold {
 namespace {
 
 using Sizing = ExportOptions::Sizing;
-
-// The pipeline refuses outputs above this many pixels; saying so up front gives a reason.
-constexpr double kMaxOutputPixels = double(1 << 27);
 
 const QStringList kValuedOptions = {
     QStringLiteral("export"),  QStringLiteral("crop"),         QStringLiteral("scale"),
@@ -54,13 +50,13 @@ std::optional<double> positiveNumber(const QString& text) {
     return value;
 }
 
-std::optional<PixelCrop> cropFrom(const QString& text) {
+std::optional<PixelRect> cropFrom(const QString& text) {
     const QStringList parts = text.split(QLatin1Char(','));
     if (parts.size() != 4) return std::nullopt;
     const auto x = wholeNumber(parts[0], 0, INT_MAX), y = wholeNumber(parts[1], 0, INT_MAX);
     const auto w = wholeNumber(parts[2], 1, INT_MAX), h = wholeNumber(parts[3], 1, INT_MAX);
     if (!x || !y || !w || !h) return std::nullopt;
-    return PixelCrop{*x, *y, *w, *h};
+    return PixelRect{*x, *y, *w, *h};
 }
 
 std::optional<int> formatNamed(const QString& name) {
@@ -241,10 +237,10 @@ QString exportHelpText() {
         "\n"
         "  --export OUT            the file to write; an existing OUT is replaced only once\n"
         "                          the new file is complete, and kept when the export fails\n"
-        "  --crop X,Y,W,H          the region to keep, in source pixels from the top-left\n"
-        "                          corner (default: the whole image); a region reaching\n"
-        "                          past the image's edges is clipped to the image, one\n"
-        "                          wholly outside it is refused\n"
+        "  --crop X,Y,W,H          the region to keep, in pixels from the top-left corner\n"
+        "                          of the upright picture (default: the whole image); a\n"
+        "                          region reaching past the image's edges is clipped to\n"
+        "                          the image, one wholly outside it is refused\n"
         "  --scale F               the output size as a factor of the region (default 1)\n"
         "  --width W               scale the region to W pixels wide\n"
         "  --height H              scale the region to H pixels high\n"
@@ -262,29 +258,31 @@ QString exportHelpText() {
         "                          is under KB kilobytes (10 to 9990); when no quality\n"
         "                          fits, nothing is written: \"File Size Limit Too Low\"\n"
         "  --preserve-exif 0|1|2   0: no metadata; 1 (default): a JPEG source's EXIF block and\n"
-        "                          comment copied into a JPEG as they are, the source's\n"
-        "                          metadata into a TIFF; 2: its metadata into a JPEG or TIFF\n"
+        "                          comment copied into a JPEG, the source's metadata into a\n"
+        "                          TIFF; 2: its metadata into a JPEG or TIFF; what is carried\n"
+        "                          counts against --limit\n"
         "  --verbose               on standard error, each JPEG attempt as\n"
         "                          \"quality Q, N bytes\" (\"at least N bytes\" where it\n"
         "                          stopped early, far over the limit), then the size written\n"
         "  -h, --help              this text\n"
         "\n"
-        "The picture is used as stored in IN (an EXIF orientation is not applied).\n"
+        "The picture is turned upright as IN's orientation tag says, and OUT is marked\n"
+        "upright. A file that is cut short or damaged is refused.\n"
         "Exit status: 0 when OUT was written, 1 when the export failed, 2 for unusable\n"
         "arguments; the reason is one line on standard error, starting \"marigold: \".\n");
 }
 
-std::optional<RectF> pipelineRect(PixelCrop crop, int wide, int high) {
+std::optional<RectF> pipelineRect(PixelRect crop, int wide, int high) {
     const long long left = std::max(crop.x, 0);
     const long long top = std::max(crop.y, 0);
     const long long right = std::min<long long>((long long)crop.x + crop.width, wide);
     const long long bottom = std::min<long long>((long long)crop.y + crop.height, high);
     if (right <= left || bottom <= top) return std::nullopt;
-    // The command line counts rows from the top, the pipeline from the bottom: flipped here only.
-    return RectF{float(left), float(high - bottom), float(right - left), float(bottom - top)};
+    const RectF rows{float(left), float(top), float(right - left), float(bottom - top)};
+    return flipY(rows, high);
 }
 
-ExportResult runExport(const ExportOptions& options, const ExifCopier& copyExif) {
+ExportResult runExport(const ExportOptions& options) {
     ExportResult result;
     const auto failed = [&result](const QString& reason) {
         result.error = reason;
@@ -298,7 +296,7 @@ ExportResult runExport(const ExportOptions& options, const ExifCopier& copyExif)
         return failed(QStringLiteral("%1: %2").arg(options.input, loaded.error));
     const int wide = loaded.image.pixelsWide();
     const int high = loaded.image.pixelsHigh();
-    const PixelCrop crop = options.crop.value_or(PixelCrop{0, 0, wide, high});
+    const PixelRect crop = options.crop.value_or(PixelRect{0, 0, wide, high});
     const std::optional<RectF> rect = pipelineRect(crop, wide, high);
     if (!rect) {
         return failed(QStringLiteral("the crop %1,%2,%3,%4 lies outside the %5 x %6 image")
@@ -311,7 +309,7 @@ ExportResult runExport(const ExportOptions& options, const ExifCopier& copyExif)
     }
     const float scale = scaleFor(options, *rect);
     const CropPlan plan = planCrop(*rect, scale);
-    if (plan.isEmpty() || double(plan.outputWide) * plan.outputHigh > kMaxOutputPixels) {
+    if (plan.isEmpty() || plan.isTooLarge()) {
         return failed(QStringLiteral("the output would be too large (%1 x %2 pixels)")
                           .arg(plan.outputWide)
                           .arg(plan.outputHigh));
@@ -327,18 +325,9 @@ ExportResult runExport(const ExportOptions& options, const ExifCopier& copyExif)
     result.wide = output.pixelsWide();
     result.high = output.pixelsHigh();
 
-    OutputSettings settings;
-    settings.format = options.format;
-    settings.quality = options.quality;
-    settings.limitKB = options.format == JpegFormat ? options.limitKB : 0;
-    settings.preserveExif = options.preserveExif;
-    settings.sourcePath = options.input;
-    settings.copyExif = copyExif;
-    // Only the metadata rules that write a dictionary read one: TIFF with any rule, JPEG with 2.
-    const bool wantsMetadata = (options.format == TiffFormat && options.preserveExif != 0) ||
-                               (options.format == JpegFormat && options.preserveExif == 2);
-    if (wantsMetadata) settings.metadata = metadata::metadataForFile(options.input);
-
+    const OutputSettings settings = outputSettingsFor(options.format, options.quality,
+                                                      options.limitKB, options.preserveExif,
+                                                      options.input);
     switch (writeOutputFile(output, options.output, settings, &result.attempts)) {
         case OutputResult::Written:
             return result;
@@ -352,7 +341,7 @@ ExportResult runExport(const ExportOptions& options, const ExifCopier& copyExif)
     return failed(QStringLiteral("%1: the file could not be written").arg(options.output));
 }
 
-int runExportCommand(const QStringList& arguments, const char* argv0, const ExifCopier& copyExif) {
+int runExportCommand(const QStringList& arguments, const char* argv0) {
     const ParsedExport parsed = parseExportArguments(arguments);
     if (!parsed.options) {
         std::fprintf(stderr, "marigold: %s\n", qPrintable(parsed.error));
@@ -365,7 +354,7 @@ int runExportCommand(const QStringList& arguments, const char* argv0, const Exif
     // Started only now: unusable arguments are answered without loading libvips' modules.
     if (!startVips(argv0, VipsModules::Deferred)) return 1;
     setVipsWarningsShown(parsed.options->verbose);
-    const ExportResult result = runExport(*parsed.options, copyExif);
+    const ExportResult result = runExport(*parsed.options);
     if (parsed.options->verbose) {
         for (const JpegAttempt& attempt : result.attempts) {
             std::fprintf(stderr, "quality %d, %s%d bytes\n", attempt.quality,

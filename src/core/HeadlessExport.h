@@ -12,22 +12,13 @@
 
 namespace marigold {
 
-// A crop as typed on a command line: source pixels, origin at the top-left, y down.
-struct PixelCrop {
-    int x = 0;
-    int y = 0;
-    int width = 0;
-    int height = 0;
-    friend bool operator==(const PixelCrop&, const PixelCrop&) = default;
-};
-
 // One export without a window, as `marigold --export` describes it.
 struct ExportOptions {
     enum class Sizing { Scale, Width, Height };
 
     QString input;
     QString output;
-    std::optional<PixelCrop> crop;  // the whole image when absent
+    std::optional<PixelRect> crop;  // the whole image when absent
     Sizing sizing = Sizing::Scale;
     double size = 1;  // the scale factor, or the output width or height in pixels
     float sharpness = 0;
@@ -55,7 +46,7 @@ QString exportHelpText();
 
 // `crop` clipped to an image of `wide` x `high` pixels and turned into the pipeline's
 // rectangle (origin lower-left, y up); nothing when no part of it lies inside the image.
-std::optional<RectF> pipelineRect(PixelCrop crop, int wide, int high);
+std::optional<RectF> pipelineRect(PixelRect crop, int wide, int high);
 
 struct ExportResult {
     QString error;                      // one line; empty on success
@@ -65,13 +56,11 @@ struct ExportResult {
 };
 
 // Loads, crops, scales, sharpens, frames and writes `options.output` atomically: on any
-// failure an existing output file is left as it was. `copyExif` moves the source's EXIF
-// block into a JPEG when `preserveExif` is 1; without one nothing is copied.
-ExportResult runExport(const ExportOptions& options, const ExifCopier& copyExif = {});
+// failure an existing output file is left as it was.
+ExportResult runExport(const ExportOptions& options);
 
 // The whole command: help, or parse, start libvips, export and report. Returns the process
 // exit status.
-int runExportCommand(const QStringList& arguments, const char* argv0,
-                     const ExifCopier& copyExif = {});
+int runExportCommand(const QStringList& arguments, const char* argv0);
 
 }  // namespace marigold

@@ -3,8 +3,8 @@
 #include <QCloseEvent>
 #include <QFileDialog>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QMenuBar>
+#include <QStatusBar>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <vips/vips8>
@@ -37,17 +37,52 @@ QString imageFileFilter() {
 }  // namespace
 
 MainWindow::MainWindow(AppController& controller, QWidget* parent)
-    : QMainWindow(parent), _controller(controller) {
-    setWindowTitle(QStringLiteral("Marigold"));
+    : QMainWindow(parent), _controller(controller), _dialogs(this) {
+    setWindowTitle(_controller.title());
     setObjectName(QStringLiteral("mainWindow"));
+    _buildPanes();
+    _dialogs.setBusyIndicator(_outputControls->progressIndicator());
+    _controller.setWindowSide(&_dialogs);
+    _info = new InfoController(_controller.defaults(), this);
+    _buildMenus();
 
+    const Document& document = _controller.document();
+    connect(&document, &Document::imageChanged, &_connections, [this] { _showDocument(); });
+    connect(&document, &Document::nameChanged, &_connections, [this](const QString& name) {
+        if (_nameField->text() != name) _nameField->setText(name);
+    });
+    connect(&document, &Document::sourcePathChanged, _info, &InfoController::setPath);
+    connect(_nameField, &QLineEdit::textEdited, &_connections,
+            [this](const QString& name) { _controller.setDocumentName(name); });
+    connect(&_controller, &AppController::previewChanged, &_connections,
+            [this](const Image& preview, const QString& message) {
+                _outputView->setImage(preview);
+                _outputView->setMessage(message);
+                _updateMenus();
+            });
+    connect(&_controller, &AppController::settingsChanged, &_connections,
+            [this] { _outputView->setImageScaling(_controller.previewMode()); });
+    connect(&_controller, &AppController::titleChanged, &_connections,
+            [this](const QString& title) { setWindowTitle(title); });
+    _outputView->setImageScaling(_controller.previewMode());
+    _showDocument();
+    resize(1100, 720);
+    restoreFrame();
+}
+
+MainWindow::~MainWindow() { _controller.setWindowSide(nullptr); }
+
+void MainWindow::_buildPanes() {
     _inputView = new InputImageView;
     _inputView->setObjectName(QStringLiteral("inputView"));
     _inputView->setAccessibleName(tr("Source image"));
     _inputView->setMinimumWidth(kMinimumPaneWidth);
+    _inputView->setDocument(&_controller.document());
+    _inputView->setDelegate(&_controller);
     _outputView = new OutputImageView;
     _outputView->setObjectName(QStringLiteral("outputView"));
     _outputView->setAccessibleName(tr("Output image"));
+    _outputView->setDelegate(&_controller);
     _outputScroll = new QScrollArea;
     _outputScroll->setObjectName(QStringLiteral("outputScrollView"));
     _outputScroll->setMinimumWidth(kMinimumPaneWidth);
@@ -60,23 +95,22 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     _splitter->setChildrenCollapsible(false);
     _splitter->addWidget(_inputView);
     _splitter->addWidget(_outputScroll);
-    connect(_splitter, &QSplitter::splitterMoved, this, &MainWindow::_previewAfterLayout);
+    connect(_splitter, &QSplitter::splitterMoved, &_connections, [this] { _previewAfterLayout(); });
 
     _nameField = new QLineEdit(_controller.documentName());
     _nameField->setObjectName(QStringLiteral("filenameTextField"));
     _nameField->setAccessibleName(tr("Document name"));
-    auto* sizeLabel = new QLabel;
-    sizeLabel->setObjectName(QStringLiteral("sizeTextField"));
-    sizeLabel->setAccessibleName(tr("Source size"));
-    _inputView->setSizeTextField(sizeLabel);
+    _sizeLabel = new QLabel;
+    _sizeLabel->setObjectName(QStringLiteral("sizeTextField"));
+    _sizeLabel->setAccessibleName(tr("Source size"));
     _outputControls = new OutputControls(_controller);
-    _outputView->setFilesizeLabel(_outputControls->filesizeLabel());
-    _outputView->setProgressIndicator(_outputControls->progressIndicator());
 
     auto* inputBar = new QHBoxLayout;
-    inputBar->addWidget(new QLabel(tr("Name:")));
+    auto* nameLabel = new QLabel(tr("Name:"));
+    nameLabel->setBuddy(_nameField);
+    inputBar->addWidget(nameLabel);
     inputBar->addWidget(_nameField, 1);
-    inputBar->addWidget(sizeLabel);
+    inputBar->addWidget(_sizeLabel);
     auto* bars = new QHBoxLayout;
     bars->addLayout(inputBar, 1);
     bars->addSpacing(16);
@@ -87,32 +121,22 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     layout->addWidget(_splitter, 1);
     layout->addLayout(bars);
     setCentralWidget(central);
-
-    connect(_nameField, &QLineEdit::textEdited, &_controller, &AppController::setDocumentName);
-    connect(&_controller, &AppController::documentNameChanged, this, [this](const QString& name) {
-        if (_nameField->text() != name) _nameField->setText(name);
-    });
-
-    _controller.setViews(_inputView, _outputView);
-    _info = new InfoController(_controller.defaults(), this);
-    connect(&_controller, &AppController::sourcePathChanged, _info, &InfoController::setPath);
-    _buildMenus();
-    resize(1100, 720);
-    restoreFrame();
+    statusBar()->setObjectName(QStringLiteral("statusLine"));
+    statusBar()->setAccessibleName(tr("Status"));
 }
 
 void MainWindow::_buildMenus() {
     QMenu* file = menuBar()->addMenu(tr("&File"));
     QAction* openAction = file->addAction(tr("Open…"), this, &MainWindow::open);
     openAction->setShortcut(QKeySequence::Open);
-    QAction* revert = file->addAction(tr("Revert"), &_controller, &AppController::revert);
+    _actions.revert = file->addAction(tr("Revert"), &_controller, &AppController::revert);
     file->addSeparator();
-    QAction* save = file->addAction(tr("Save…"), &_controller, &AppController::saveDocumentAs);
-    save->setShortcut(QKeySequence::Save);
-    QAction* print = file->addAction(tr("Print…"), &_controller, &AppController::print);
-    print->setShortcut(QKeySequence::Print);
+    _actions.save = file->addAction(tr("Save…"), &_controller, &AppController::saveDocumentAs);
+    _actions.save->setShortcut(QKeySequence::Save);
+    _actions.print = file->addAction(tr("Print…"), &_controller, &AppController::print);
+    _actions.print->setShortcut(QKeySequence::Print);
     file->addSeparator();
-    QAction* getInfo = file->addAction(tr("Get Info"), this, [this] { _info->showWindow(); });
+    QAction* getInfo = file->addAction(tr("Get Info"), _info, &InfoController::showWindow);
     getInfo->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));
     file->addSeparator();
     QAction* quit = file->addAction(tr("Quit Marigold"), this, &QWidget::close);
@@ -120,52 +144,65 @@ void MainWindow::_buildMenus() {
 
     QMenu* edit = menuBar()->addMenu(tr("&Edit"));
     UndoManager& undo = _controller.undoManager();
-    _undoAction = edit->addAction(tr("Undo"), &undo, &UndoManager::undo);
-    _undoAction->setShortcut(QKeySequence::Undo);
-    _redoAction = edit->addAction(tr("Redo"), &undo, &UndoManager::redo);
-    _redoAction->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
+    _actions.undo = edit->addAction(tr("Undo"), &undo, &UndoManager::undo);
+    _actions.undo->setShortcut(QKeySequence::Undo);
+    _actions.redo = edit->addAction(tr("Redo"), &undo, &UndoManager::redo);
+    _actions.redo->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
     edit->addSeparator();
-    QAction* copy = edit->addAction(tr("Copy"), &_controller, &AppController::copyOutputImage);
-    copy->setShortcut(QKeySequence::Copy);
+    _actions.copy = edit->addAction(tr("Copy"), &_controller, &AppController::copyOutputImage);
+    _actions.copy->setShortcut(QKeySequence::Copy);
     QAction* paste = edit->addAction(tr("Paste"), &_controller, &AppController::paste);
     paste->setShortcut(QKeySequence::Paste);
-    QAction* discard = edit->addAction(tr("Discard Image"), &_controller, &AppController::discardImage);
+    _actions.discard =
+        edit->addAction(tr("Discard Image"), &_controller, &AppController::discardImage);
     edit->addSeparator();
     QAction* selectAll = edit->addAction(tr("Select All"), &_controller, &AppController::selectAll);
     selectAll->setShortcut(QKeySequence::SelectAll);
     QAction* deselect = edit->addAction(tr("Deselect"), &_controller, &AppController::deselect);
     deselect->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A));
-    connect(&undo, &UndoManager::changed, this, &MainWindow::_updateUndoTitles);
-    connect(edit, &QMenu::aboutToShow, this, &MainWindow::_updateUndoTitles);
-    _updateUndoTitles();
 
-    // Commands that need an output, an input, or a source file on disk. Shortcuts stay
-    // live while the menus are closed, so the state is kept current, not only on showing.
-    const auto updateEnabled = [=, this] {
-        const bool output = !_outputView->image().isNull();
-        for (QAction* action : {save, print, copy}) action->setEnabled(output);
-        discard->setEnabled(!_inputView->image().isNull());
-        revert->setEnabled(_controller.canRevert());
-    };
-    connect(_outputView, &OutputImageView::pixelSizeChanged, this, updateEnabled);
-    connect(&_controller, &AppController::documentNameChanged, this, updateEnabled);
-    connect(file, &QMenu::aboutToShow, this, updateEnabled);
-    connect(edit, &QMenu::aboutToShow, this, updateEnabled);
-    updateEnabled();
+    // Shortcuts stay live while the menus are closed, so the state is kept current, not
+    // only when a menu opens.
+    connect(&undo, &UndoManager::changed, &_connections, [this] { _updateMenus(); });
+    connect(&_controller.document(), &Document::sourcePathChanged, &_connections,
+            [this] { _updateMenus(); });
+    for (QMenu* menu : {file, edit}) {
+        connect(menu, &QMenu::aboutToShow, &_connections, [this] { _updateMenus(); });
+    }
+    _updateMenus();
 }
 
-void MainWindow::_updateUndoTitles() {
+void MainWindow::_updateMenus() {
     const UndoManager& undo = _controller.undoManager();
-    _undoAction->setText(undo.undoMenuItemTitle());
-    _undoAction->setEnabled(undo.canUndo());
-    _redoAction->setText(undo.redoMenuItemTitle());
-    _redoAction->setEnabled(undo.canRedo());
+    _actions.undo->setText(undo.undoMenuItemTitle());
+    _actions.undo->setEnabled(undo.canUndo());
+    _actions.redo->setText(undo.redoMenuItemTitle());
+    _actions.redo->setEnabled(undo.canRedo());
+    const bool output = _controller.hasOutput();
+    for (QAction* action : {_actions.save, _actions.print, _actions.copy}) {
+        action->setEnabled(output);
+    }
+    _actions.discard->setEnabled(_controller.document().hasImage());
+    _actions.revert->setEnabled(_controller.canRevert());
+}
+
+void MainWindow::_showDocument() {
+    const Image& image = _controller.document().image();
+    _sizeLabel->setText(image.isNull() ? QString()
+                                       : QStringLiteral("%1 x %2")
+                                             .arg(std::lround(image.size().width))
+                                             .arg(std::lround(image.size().height)));
+    _updateMenus();
+    if (!image.isNull() && isVisible()) {
+        raise();
+        activateWindow();
+    }
 }
 
 void MainWindow::open() {
-    const QString path = QFileDialog::getOpenFileName(this, tr("Open"), QString(),
-                                                      imageFileFilter());
-    // A file that cannot be read leaves everything as it was and says nothing.
+    const QString path =
+        QFileDialog::getOpenFileName(this, tr("Open"), QString(), imageFileFilter());
+    // A file that cannot be read leaves everything as it was; the status line says why.
     if (!path.isEmpty()) _controller.openFile(path);
 }
 
@@ -179,8 +216,9 @@ void MainWindow::_previewAfterLayout() {
     // A resize sends many events in one pass; one preview after them is enough.
     if (_previewPending) return;
     _previewPending = true;
-    QTimer::singleShot(0, this, [this] {
+    QTimer::singleShot(0, &_connections, [this] {
         _previewPending = false;
+        _controller.setPreviewPixelLimit(_outputView->displayPixelLimit());
         _controller.updatePreview();
     });
 }
@@ -190,9 +228,7 @@ void MainWindow::_equalisePanes() {
     _splitter->setSizes({half, half});
 }
 
-void MainWindow::saveFrame() {
-    _controller.defaults().setFrame(kFrameKey, saveGeometry());
-}
+void MainWindow::saveFrame() { _controller.defaults().setFrame(kFrameKey, saveGeometry()); }
 
 void MainWindow::restoreFrame() {
     const QByteArray frame = _controller.defaults().frameForKey(kFrameKey);

@@ -1,10 +1,13 @@
 #pragma once
 
 #include <QAction>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QScrollArea>
 #include <QSplitter>
+
+#include "core/WindowDialogs.h"
 
 namespace marigold {
 
@@ -16,12 +19,14 @@ class InfoController;
 
 // The single main window: input pane and output pane side by side, each at least 300
 // points wide and kept equal when the window is resized, with the document name and the
-// output controls beneath, and the File and Edit menus.
+// output controls beneath, a status line for notices, and the File and Edit menus. It shows
+// the controller's document and hands every edit to the controller.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
     explicit MainWindow(AppController& controller, QWidget* parent = nullptr);
+    ~MainWindow() override;
 
     InputImageView* inputView() const { return _inputView; }
     OutputImageView* outputView() const { return _outputView; }
@@ -40,8 +45,10 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    void _buildPanes();
     void _buildMenus();
-    void _updateUndoTitles();
+    void _showDocument();
+    void _updateMenus();
     void _equalisePanes();
     void _previewAfterLayout();
 
@@ -51,11 +58,23 @@ private:
     QScrollArea* _outputScroll;
     QSplitter* _splitter;
     QLineEdit* _nameField;
+    QLabel* _sizeLabel;
     OutputControls* _outputControls;
-    QAction* _undoAction = nullptr;
-    QAction* _redoAction = nullptr;
     InfoController* _info;
+    struct Actions {
+        QAction* undo;
+        QAction* redo;
+        QAction* revert;
+        QAction* save;
+        QAction* print;
+        QAction* copy;
+        QAction* discard;
+    } _actions{};
     bool _previewPending = false;
+    WindowDialogs _dialogs;
+    // The context of every connection made here: it goes with the members, before the base
+    // class deletes the children, whose last signals must not reach a half-destroyed window.
+    QObject _connections;
 };
 
 }  // namespace marigold

@@ -67,39 +67,42 @@ OutputControls::OutputControls(AppController& controller, QWidget* parent)
     layout->addWidget(_progressIndicator);
     layout->addWidget(_filesizeLabel);
 
-    connect(_percentField, &QLineEdit::editingFinished, this, [this] {
+    // Every connection goes through `_connections`, which is destroyed before the children:
+    // a field losing focus as the window closes must not call into a half-destroyed object.
+    QObject* context = &_connections;
+    connect(_percentField, &QLineEdit::editingFinished, context, [this] {
         _controller.setScaleFactorPercent(leadingIntValue(_percentField->text()));
     });
-    connect(_widthField, &QLineEdit::editingFinished, this, [this] {
+    connect(_widthField, &QLineEdit::editingFinished, context, [this] {
         _controller.setPixelWidth(leadingIntValue(_widthField->text()));
         _controller.pixelWidthChanged();
     });
-    connect(_heightField, &QLineEdit::editingFinished, this, [this] {
+    connect(_heightField, &QLineEdit::editingFinished, context, [this] {
         _controller.setPixelHeight(leadingIntValue(_heightField->text()));
         _controller.pixelHeightChanged();
     });
-    connect(_sharpenBox, &QCheckBox::clicked, this,
+    connect(_sharpenBox, &QCheckBox::clicked, context,
             [this](bool on) { _controller.setSharpen(on); });
     // One undo step per gesture: the value is taken when the slider is let go (or moved by
     // the keyboard), not at every intermediate position.
-    connect(_sharpnessSlider, &QSlider::sliderReleased, this, &OutputControls::_sharpnessReleased);
-    connect(_sharpnessSlider, &QSlider::actionTriggered, this, [this](int action) {
+    connect(_sharpnessSlider, &QSlider::sliderReleased, context, [this] { _sharpnessReleased(); });
+    connect(_sharpnessSlider, &QSlider::actionTriggered, context, [this](int action) {
         if (action != QAbstractSlider::SliderMove && !_sharpnessSlider->isSliderDown()) {
-            QMetaObject::invokeMethod(this, &OutputControls::_sharpnessReleased,
+            QMetaObject::invokeMethod(&_connections, [this] { _sharpnessReleased(); },
                                       Qt::QueuedConnection);
         }
     });
-    connect(_livePreviewBox, &QCheckBox::clicked, this,
+    connect(_livePreviewBox, &QCheckBox::clicked, context,
             [this](bool on) { _controller.defaults().setBool(keys::DefLivePreview, on); });
 
-    connect(&_controller, &AppController::scaleFactorChanged, this, &OutputControls::_showScale);
-    connect(&_controller, &AppController::pixelSizeChanged, this,
-            &OutputControls::_showPixelSize);
-    connect(&_controller, &AppController::settingsChanged, this, &OutputControls::_showSettings);
-    connect(&_controller, &AppController::userResizableChanged, this,
-            &OutputControls::_showResizable);
-    connect(&_controller, &AppController::inputControlsEnabledChanged, this,
-            &OutputControls::_showResizable);
+    connect(&_controller, &AppController::scaleFactorChanged, context, [this] { _showScale(); });
+    connect(&_controller, &AppController::pixelSizeChanged, context, [this] { _showPixelSize(); });
+    connect(&_controller, &AppController::settingsChanged, context, [this] { _showSettings(); });
+    connect(&_controller, &AppController::userResizableChanged, context,
+            [this] { _showResizable(); });
+    connect(&_controller, &AppController::inputControlsEnabledChanged, context,
+            [this] { _showResizable(); });
+    connect(&_controller, &AppController::filesizeTextChanged, _filesizeLabel, &QLabel::setText);
     _showScale();
     _showPixelSize();
     _showSettings();

@@ -11,15 +11,16 @@ namespace marigold {
 
 class AppController;
 
-// The fields under the output pane: scale percent, output pixel size, sharpening and live
-// preview. Every edit goes through the controller's setters; the fields only mirror it.
+// The fields under the output pane: scale percent, output pixel size, sharpening, live
+// preview and the size of the last file written. Every edit goes through the controller's
+// setters; the fields only mirror it.
 class OutputControls : public QWidget {
     Q_OBJECT
 
 public:
     explicit OutputControls(AppController& controller, QWidget* parent = nullptr);
 
-    QLabel* filesizeLabel() const { return _filesizeLabel; }
+    // Shown while an output file is written.
     QWidget* progressIndicator() const { return _progressIndicator; }
 
 private:
@@ -38,6 +39,7 @@ private:
     QCheckBox* _livePreviewBox;
     QLabel* _filesizeLabel;
     QProgressBar* _progressIndicator;
+    QObject _connections;
 };
 
 }  // namespace marigold

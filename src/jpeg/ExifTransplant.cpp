@@ -2,7 +2,9 @@
 #include <filesystem>
 #include <system_error>
 
+#include "jpeg/ExifTransplant.h"
 #include "jpeg/JpegContext.h"
+#include "jpeg/OrientationTag.h"
 
 namespace marigold {
 
@@ -85,6 +87,15 @@ std::optional<std::vector<std::uint8_t>> JpegContext::copyExif(
     if (!readJpegBuffer(target, READ_IMAGE, "target")) return std::nullopt;
     std::vector<std::uint8_t> bytes = writeJpegBuffer();
     discardData();
+    return bytes;
+}
+
+std::optional<std::vector<std::uint8_t>> transplantExifUpright(std::span<const std::uint8_t> source,
+                                                               std::span<const std::uint8_t> target) {
+    if (source.size() < 2 || source[0] != 0xFF || source[1] != 0xD8) return std::nullopt;
+    JpegContext context;
+    std::optional<std::vector<std::uint8_t>> bytes = context.copyExif(source, target);
+    if (bytes) setOrientation(*bytes, 1);
     return bytes;
 }
 

@@ -219,11 +219,11 @@ bool writeToTIFFFile(const Image& image, const QString& path,
 }
 
 bool writeToJPEGFile(JpegEncoder& encoder, const QString& path, int quality, int byteLimit,
-                     int stopAt, int* returnSize, const std::optional<Metadata>& metadata) {
+                     int stopAt, int* returnSize, const JpegFinish& finish) {
     qint64 size = 0;
     // Metadata only adds bytes, so a stop before it is added still stops in time.
     QByteArray data = encoder.encode(quality, stopAt, &size);
-    if (metadata && !data.isEmpty()) data = metadata::combineDataAndMetadata(data, *metadata);
+    if (finish && !data.isEmpty()) data = finish(data);
     if (!data.isEmpty()) size = data.size();
     *returnSize = int(std::min<qint64>(size, std::numeric_limits<int>::max()));
     if (data.isEmpty()) return false;
@@ -232,13 +232,13 @@ bool writeToJPEGFile(JpegEncoder& encoder, const QString& path, int quality, int
 }
 
 bool writeToJPEGFile(const Image& image, const QString& path, int compression,
-                     int filesizeLimitKB, const std::optional<Metadata>& metadata,
+                     int filesizeLimitKB, const JpegFinish& finish,
                      std::vector<JpegAttempt>* trace) {
     JpegEncoder encoder(image);
     return searchJpegQuality(
         compression, filesizeLimitKB,
         [&](int quality, int byteLimit, int stopAt, int* size) {
-            return writeToJPEGFile(encoder, path, quality, byteLimit, stopAt, size, metadata);
+            return writeToJPEGFile(encoder, path, quality, byteLimit, stopAt, size, finish);
         },
         trace);
 }

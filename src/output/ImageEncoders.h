@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <functional>
 #include <optional>
 
 #include "output/ImageMetadata.h"
@@ -40,16 +41,19 @@ bool writeToGIFFile(const Image& image, const QString& path);
 bool writeToTIFFFile(const Image& image, const QString& path,
                      const std::optional<Metadata>& metadata);
 
+// Adds metadata to an encoded JPEG's bytes before they are measured against a limit.
+using JpegFinish = std::function<QByteArray(const QByteArray& jpeg)>;
+
 // One attempt at `quality`: writes the file only when `byteLimit` is 0 or the encoded size,
 // metadata included, is below it. `returnSize` receives that size, or with `stopAt` > 0 at
 // least `stopAt` when the file would have reached it.
 bool writeToJPEGFile(JpegEncoder& encoder, const QString& path, int quality, int byteLimit,
-                     int stopAt, int* returnSize, const std::optional<Metadata>& metadata);
-// Steps the quality down from `compression` until the file fits under `filesizeLimitKB`
-// (0: no limit); false, with nothing written, when no quality fits. `trace` (optional)
-// receives each attempt's quality and size.
+                     int stopAt, int* returnSize, const JpegFinish& finish);
+// Steps the quality down from `compression` until the finished file fits under
+// `filesizeLimitKB` (0: no limit); false, with nothing written, when no quality fits.
+// `trace` (optional) receives each attempt's quality and size.
 bool writeToJPEGFile(const Image& image, const QString& path, int compression,
-                     int filesizeLimitKB, const std::optional<Metadata>& metadata,
+                     int filesizeLimitKB, const JpegFinish& finish,
                      std::vector<JpegAttempt>* trace = nullptr);
 
 }  // namespace marigold

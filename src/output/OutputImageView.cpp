@@ -6,12 +6,11 @@
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPrinter>
 #include <QScrollArea>
 #include <QUrl>
 #include <cmath>
 
-#include "output/FileSizeText.h"
+#include "output/FittedRect.h"
 #include "output/OutputViewDelegate.h"
 #include "platform/Defaults.h"
 #include "platform/DefaultsKeys.h"
@@ -20,30 +19,12 @@
 
 namespace marigold {
 
-namespace {
-
-// `image` shrunk to fit `area` (never enlarged) and centred in it.
-QRectF fittedRect(QSizeF image, const QRectF& area) {
-    const qreal scale = std::min({1.0, area.width() / image.width(), area.height() / image.height()});
-    const QSizeF size = image * scale;
-    return QRectF(area.center() - QPointF(size.width() / 2, size.height() / 2), size);
-}
-
-}  // namespace
-
 OutputImageView::OutputImageView(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     showAlert = [this](const QString& title, const QString& text) {
         QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, window());
         box.exec();
     };
-}
-
-OutputImageView::~OutputImageView() = default;
-
-void OutputImageView::setDelegate(OutputViewDelegate* document) {
-    _document = document;
-    _writer = document ? std::make_unique<TmpFileWriter>(*document) : nullptr;
 }
 
 QSize OutputImageView::sizeHint() const {
@@ -56,11 +37,13 @@ QSize OutputImageView::sizeHint() const {
 void OutputImageView::setImage(const Image& image) {
     _image = image;
     _pixmap = QPixmap();
+    _tmpPath.clear();
     _updateFrame();
-    const int w = image.isNull() ? 0 : int(std::lround(image.size().width));
-    const int h = image.isNull() ? 0 : int(std::lround(image.size().height));
-    Q_EMIT pixelSizeChanged(w, h);
-    clearCache();
+    update();
+}
+
+void OutputImageView::setMessage(const QString& message) {
+    _message = message;
     update();
 }
 
@@ -81,38 +64,13 @@ void OutputImageView::_updateFrame() {
     if (_scaling != ProportionallyDown && !_image.isNull()) resize(sizeHint());
 }
 
-void OutputImageView::clearCache() {
-    if (_writer) _writer->clearCache();
-    if (_filesizeLabel) _filesizeLabel->clear();
-}
-
-QString OutputImageView::writeTmpFile() {
-    if (!_writer) return {};
-    // The write runs inside the event that asked for it; show that something is happening.
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    if (_progressIndicator) {
-        _progressIndicator->show();
-        _progressIndicator->repaint();
-    }
-    const QString path = _writer->writeTmpFile(_image);
-    if (!path.isEmpty()) updateFilesizeTextFieldWithPath(path);
-    if (_progressIndicator) _progressIndicator->hide();
-    QApplication::restoreOverrideCursor();
-    return path;
-}
-
-void OutputImageView::updateFilesizeTextFieldWithPath(const QString& path) {
-    const qint64 size = fileSizeAtPath(path);
-    if (_filesizeLabel) _filesizeLabel->setText(size > 0 ? stringWithFilesize(size) : QString());
-}
-
 void OutputImageView::mousePressEvent(QMouseEvent* event) {
     // Ends any text editing first, so an edited field applies before the file is written.
     if (QWidget* focused = window()->focusWidget()) focused->clearFocus();
     if (event->button() != Qt::LeftButton) return;
     _pressPosition = event->position();
     _dragPending = true;
-    _tmpPath = writeTmpFile();
+    _tmpPath = _delegate && !_image.isNull() ? _delegate->writeTmpFile() : QString();
 }
 
 void OutputImageView::mouseDoubleClickEvent(QMouseEvent* event) {
@@ -130,7 +88,7 @@ void OutputImageView::mouseMoveEvent(QMouseEvent* event) {
     _dragPending = false;
     if (_image.isNull()) return;
     if (_tmpPath.isEmpty()) {
-        if (_writer && _writer->limitTooLow()) _alertSizeLimit();
+        if (_delegate && _delegate->limitTooLow()) _alertSizeLimit();
     } else {
         _dragFile();
     }
@@ -138,8 +96,8 @@ void OutputImageView::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void OutputImageView::_dragFile() {
-    const bool orderBack = _document && _document->defaults().boolForKey(keys::DefAutoOrderBack);
-    const bool orderFront = _document && _document->defaults().boolForKey(keys::DefAutoOrderFront);
+    const bool orderBack = _delegate && _delegate->defaults().boolForKey(keys::DefAutoOrderBack);
+    const bool orderFront = _delegate && _delegate->defaults().boolForKey(keys::DefAutoOrderFront);
     QWidget* frame = window();
     if (orderBack) {
         frame->lower();
@@ -162,28 +120,11 @@ void OutputImageView::_dragFile() {
 }
 
 void OutputImageView::_alertSizeLimit() {
-    if (!_document || !showAlert) return;
+    if (!_delegate || !showAlert) return;
     showAlert(tr("File Size Limit Too Low"),
               tr("Unable to keep file under %1 KB.\nPlease turn off file size limit or increase "
                  "the limit.")
-                  .arg(_document->filesizeLimit().toInt()));
-}
-
-void OutputImageView::printImage(QPrinter& printer) const {
-    printer.setPageMargins(QMarginsF(10, 10, 10, 10), QPageLayout::Point);
-    if (_image.isNull()) return;
-    QPainter painter(&printer);
-    // Points on paper: the painter works in device pixels of the printer.
-    const qreal pixelsPerPoint = printer.resolution() / 72.0;
-    painter.scale(pixelsPerPoint, pixelsPerPoint);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawImage(printedRect(printer.pageLayout()), _image.toQImage());
-}
-
-QRectF OutputImageView::printedRect(const QPageLayout& layout) const {
-    if (_image.isNull()) return {};
-    return fittedRect(QSizeF(_image.size().width, _image.size().height),
-                      QRectF(QPointF(0, 0), layout.paintRect(QPageLayout::Point).size()));
+                  .arg(_delegate->filesizeLimit().toInt()));
 }
 
 QSize OutputImageView::displayPixelLimit() const {
@@ -219,7 +160,12 @@ const QPixmap& OutputImageView::_displayPixmap(QSize devicePixels) {
 void OutputImageView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(rect(), palette().window());
-    if (_image.isNull()) return;
+    if (_image.isNull()) {
+        painter.setPen(palette().color(QPalette::PlaceholderText));
+        painter.drawText(rect().adjusted(12, 12, -12, -12), Qt::AlignCenter | Qt::TextWordWrap,
+                         _message);
+        return;
+    }
     const QRectF target = imageRect();
     const qreal ratio = devicePixelRatioF();
     const QPixmap& pixmap = _displayPixmap(

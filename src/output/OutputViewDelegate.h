@@ -1,32 +1,24 @@
 #pragma once
 
 #include <QString>
-#include <optional>
-
-#include "output/ImageMetadata.h"
 
 namespace marigold {
 
 class Defaults;
-class TempFolder;
 
-// What the output side needs from the document: the settings an output file is written
-// with and where it goes. The document controller implements it.
+// What the output view asks of the controller that owns the document: the output file, made
+// from the document at full resolution whenever the view's press, drag or double click
+// needs it.
 class OutputViewDelegate {
 public:
     virtual ~OutputViewDelegate() = default;
 
-    virtual Defaults& defaults() = 0;
-    virtual TempFolder& tempFolder() = 0;
-    // The base name of output files.
-    virtual QString filename() = 0;
-    virtual int fileFormat() const = 0;
-    virtual int compression() const = 0;
-    virtual bool hasFilesizeLimit() const = 0;
+    // The output written in the chosen format; empty when nothing could be written.
+    virtual QString writeTmpFile() = 0;
+    // True when the last write found no JPEG quality that keeps the file under the limit.
+    virtual bool limitTooLow() const = 0;
     virtual QString filesizeLimit() const = 0;
-    // The source file's metadata, read afresh; nothing when there is no source file.
-    virtual std::optional<Metadata> metadata() const = 0;
-    virtual QString sourcePath() const = 0;
+    virtual Defaults& defaults() = 0;
 };
 
 // Where a double click sends the output file; the destinations implement it.

@@ -2,49 +2,42 @@
 
 #include <QFileInfo>
 
-#include "output/OutputViewDelegate.h"
 #include "output/TempFolder.h"
-#include "platform/Defaults.h"
-#include "platform/DefaultsKeys.h"
 
 namespace marigold {
 
-QString TmpFileWriter::writeTmpFile(const Image& image) {
-    return writeTmpFileWithFormat(image, _document.fileFormat());
+namespace {
+
+// The metadata is left out: it is read from the source, which the revision already covers.
+bool sameChoices(const OutputSettings& a, const OutputSettings& b) {
+    return a.format == b.format && a.quality == b.quality && a.limitKB == b.limitKB &&
+           a.preserveExif == b.preserveExif && a.sourcePath == b.sourcePath;
 }
 
-QString TmpFileWriter::writeTmpFileWithFormat(const Image& image, int format) {
-    OutputSettings settings;
-    settings.format = format;
-    settings.preserveExif = _document.defaults().integerForKey(keys::DefPreserveExif);
-    const bool jpeg = format != PngFormat && format != TiffFormat && format != GifFormat;
-    if (jpeg) {
-        settings.quality = _document.compression();
-        settings.limitKB = _document.hasFilesizeLimit() ? _document.filesizeLimit().toInt() : 0;
-    }
-    if (settings.preserveExif == 2 || (format == TiffFormat && settings.preserveExif != 0)) {
-        settings.metadata = _document.metadata();
-    }
-    settings.sourcePath = _document.sourcePath();
-    settings.copyExif = copyExif;
+}  // namespace
 
-    // A fresh path first, then the cache check: each file keeps a folder of its own.
+QString TmpFileWriter::cachedPath(quint64 revision, const OutputSettings& settings,
+                                  const QString& name) const {
+    const bool valid = _cacheValid && revision == _revision && sameChoices(settings, _settings) &&
+                       name == _name && QFileInfo(_path).isReadable();
+    return valid ? _path : QString();
+}
+
+QString TmpFileWriter::writeTmpFile(const Image& image, const OutputSettings& settings,
+                                    const QString& name, quint64 revision) {
+    _cacheValid = false;
     _limitTooLow = false;
-    const QString path =
-        _document.tempFolder().pathForImageNamed(_document.filename(), extensionForFormat(format));
-    if (path.isEmpty()) return {};
-    if (isValidCacheAtPath(path)) return path;
-    // Only an unreachable size limit is answered with no path. Other failures are not
-    // reported here: the label stays empty and the path leads nowhere.
+    const QString path = _folder.pathForImageNamed(name, extensionForFormat(settings.format));
+    if (path.isEmpty() || image.isNull()) return {};
     const OutputResult result = writeOutputFile(image, path, settings);
     _limitTooLow = result == OutputResult::LimitTooLow;
-    if (_limitTooLow) return {};
-    _cacheValid = result == OutputResult::Written;
+    if (result != OutputResult::Written) return {};
+    _path = path;
+    _revision = revision;
+    _settings = settings;
+    _name = name;
+    _cacheValid = true;
     return path;
-}
-
-bool TmpFileWriter::isValidCacheAtPath(const QString& path) const {
-    return _cacheValid && QFileInfo(path).isReadable();
 }
 
 }  // namespace marigold

@@ -7,31 +7,34 @@
 
 namespace marigold {
 
-class OutputViewDelegate;
+class TempFolder;
 
-// Writes the current output into the temporary folder in the document's format, with the
-// metadata the "PreserveExif" setting asks for, and remembers whether the last file
-// written still shows the current output.
+// Writes outputs into numbered sub-folders of the temporary folder and remembers the last
+// one: while the document and the output settings stay as they were (the cache flag), that
+// file is handed out again instead of being rendered and encoded anew.
 class TmpFileWriter {
 public:
-    explicit TmpFileWriter(OutputViewDelegate& document) : _document(document) {}
+    explicit TmpFileWriter(TempFolder& folder) : _folder(folder) {}
 
-    // The path written; empty when a JPEG could not be kept under the size limit
-    // (`limitTooLow` then says so) or when there is no temporary folder.
-    QString writeTmpFile(const Image& image);
-    QString writeTmpFileWithFormat(const Image& image, int format);
+    // The file written for document state `revision` with these settings under this name,
+    // while the cache flag holds and the file is still there; empty otherwise.
+    QString cachedPath(quint64 revision, const OutputSettings& settings, const QString& name) const;
+    // Writes `image` under `name` into a fresh sub-folder. Empty when a JPEG could not be kept
+    // under the size limit (`limitTooLow` then says so), when there is no temporary folder,
+    // or when the file could not be written.
+    QString writeTmpFile(const Image& image, const OutputSettings& settings, const QString& name,
+                         quint64 revision);
     bool limitTooLow() const { return _limitTooLow; }
 
-    bool isValidCacheAtPath(const QString& path) const;
     void clearCache() { _cacheValid = false; }
     bool isCacheValid() const { return _cacheValid; }
 
-    // Copies a source's EXIF block into JPEGs written with "PreserveExif" 1; unset, such
-    // JPEGs carry no metadata.
-    ExifCopier copyExif;
-
 private:
-    OutputViewDelegate& _document;
+    TempFolder& _folder;
+    QString _path;
+    quint64 _revision = 0;
+    OutputSettings _settings;
+    QString _name;
     bool _cacheValid = false;
     bool _limitTooLow = false;
 };

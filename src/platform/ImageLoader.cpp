@@ -21,17 +21,18 @@ QString tooLarge(const vips::VImage& header) {
         .arg(header.height());
 }
 
-LoadedImage decode(vips::VImage header) {
-    if (QString reason = tooLarge(header); !reason.isEmpty()) return {{}, reason};
-    return {Image::fromVips(header), {}};
-}
-
-vips::VOption* loadOptions() {
-    // Random access: the pipeline crops anywhere. fail_on truncated: a cut-off file is an
-    // error, not a half-grey picture.
+vips::VOption* loadOptions(DamagedFiles damaged) {
+    // Random access: the pipeline crops anywhere. A file cut short is an error unless the
+    // readable part is wanted.
     return vips::VImage::option()
         ->set("access", VIPS_ACCESS_RANDOM)
-        ->set("fail_on", VIPS_FAIL_ON_TRUNCATED);
+        ->set("fail_on", damaged == DamagedFiles::Refuse ? VIPS_FAIL_ON_TRUNCATED : VIPS_FAIL_ON_NONE);
+}
+
+// The picture upright: turned as its orientation tag says. Part of the pipeline that makes the
+// one in-memory copy, so turning adds no copy of its own.
+vips::VImage opened(const QByteArray& name, vips::VOption* options) {
+    return vips::VImage::new_from_file(name.constData(), options).autorot();
 }
 
 QString firstLine(const char* message) {
@@ -44,48 +45,62 @@ QString firstLine(const char* message) {
 // faster), which is enough to show the picture and to preview from, while the full
 // resolution completes in the background; only reading the full pixels waits for it. A
 // damaged file fails the half-size decode too, so failures are still reported at open.
-Image decodeJpegInParallel(const QByteArray& name, const vips::VImage& header) {
+Image decodeJpegInParallel(const QByteArray& name, const vips::VImage& upright,
+                           DamagedFiles damaged) {
     std::shared_future<vips::VImage> full =
-        std::async(std::launch::async, [name] {
+        std::async(std::launch::async, [name, damaged] {
             bool opaque = true;
-            return Image::normalisedPixels(
-                vips::VImage::new_from_file(name.constData(), loadOptions()), &opaque);
+            return Image::normalisedPixels(opened(name, loadOptions(damaged)), &opaque);
         }).share();
     bool opaque = true;
-    const vips::VImage half = Image::normalisedPixels(
-        vips::VImage::new_from_file(name.constData(), loadOptions()->set("shrink", 2)), &opaque);
-    return Image::fromPendingDecode(header.width(), header.height(), std::move(full), half,
+    const vips::VImage half =
+        Image::normalisedPixels(opened(name, loadOptions(damaged)->set("shrink", 2)), &opaque);
+    return Image::fromPendingDecode(upright.width(), upright.height(), std::move(full), half,
                                     opaque);
+}
+
+Image decoded(const QByteArray& name, DamagedFiles damaged) {
+    const vips::VImage upright = opened(name, loadOptions(damaged));
+    const char* loader = vips_foreign_find_load(name.constData());
+    if (loader && QByteArray(loader).startsWith("VipsForeignLoadJpeg") &&
+        (long long)upright.width() * upright.height() >= kParallelJpegPixels) {
+        return decodeJpegInParallel(name, upright, damaged);
+    }
+    return Image::fromVips(upright);
 }
 
 }  // namespace
 
-LoadedImage loadImageFile(const QString& path) {
+LoadedImage loadImageFile(const QString& path, DamagedFiles damaged) {
     const QFileInfo info(path);
-    if (!info.exists()) return {{}, QStringLiteral("no such file")};
-    if (!info.isFile() || !info.isReadable()) return {{}, QStringLiteral("cannot read the file")};
-    if (info.size() == 0) return {{}, QStringLiteral("the file is empty")};
+    if (!info.exists()) return {{}, QStringLiteral("no such file"), {}};
+    if (!info.isFile() || !info.isReadable()) return {{}, QStringLiteral("cannot read the file"), {}};
+    if (info.size() == 0) return {{}, QStringLiteral("the file is empty"), {}};
     const QByteArray name = path.toLocal8Bit();
     if (!vips_foreign_find_load(name.constData())) {
         vips_error_clear();
         // Perhaps a format whose module was left out at start-up.
         if (!loadDeferredVipsModules() || !vips_foreign_find_load(name.constData())) {
             vips_error_clear();
-            return {{}, QStringLiteral("not an image file")};
+            return {{}, QStringLiteral("not an image file"), {}};
         }
     }
     try {
-        vips::VImage header = vips::VImage::new_from_file(name.constData(), loadOptions());
-        if (QString reason = tooLarge(header); !reason.isEmpty()) return {{}, reason};
-        const char* loader = vips_foreign_find_load(name.constData());
-        if (loader && QByteArray(loader).startsWith("VipsForeignLoadJpeg") &&
-            (long long)header.width() * header.height() >= kParallelJpegPixels) {
-            return {decodeJpegInParallel(name, header), {}};
-        }
-        return decode(header);
+        const vips::VImage header = vips::VImage::new_from_file(name.constData());
+        if (QString reason = tooLarge(header); !reason.isEmpty()) return {{}, reason, {}};
+        return {decoded(name, DamagedFiles::Refuse), {}, {}};
     } catch (const vips::VError& error) {
         vips_error_clear();
-        return {{}, firstLine(error.what())};
+        const QString reason = firstLine(error.what());
+        if (damaged == DamagedFiles::Refuse) return {{}, reason, {}};
+        try {
+            return {decoded(name, damaged), {},
+                    QStringLiteral("only part of the picture could be read, the rest of the "
+                                   "file is damaged")};
+        } catch (const vips::VError&) {
+            vips_error_clear();
+            return {{}, reason, {}};
+        }
     }
 }
 
@@ -114,7 +129,7 @@ Image thumbnailOfFile(const QString& path, int box) {
     try {
         return Image::fromVips(vips::VImage::thumbnail(
             name.constData(), box,
-            // As stored, like every picture here: no EXIF orientation applied.
+            // As stored: this is the file's own thumbnail, not the picture as Marigold shows it.
             vips::VImage::option()->set("height", box)->set("size", VIPS_SIZE_DOWN)->set("no_rotate", true)));
     } catch (const vips::VError&) {
         vips_error_clear();

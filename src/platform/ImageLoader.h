@@ -13,12 +13,17 @@ inline constexpr long long kMaxImagePixels = 200'000'000;
 
 struct LoadedImage {
     Image image;    // null on failure
-    QString error;  // one line, for the command line; empty on success
+    QString error;  // one line, when there is no image
+    QString notice;  // one line, when the image is only the part of a damaged file that decodes
 };
 
-// Decodes image 0 of any file libvips reads, as stored (no orientation applied), converted
-// to 8-bit RGBA sRGB. Truncated and oversized files fail instead of yielding partial images.
-LoadedImage loadImageFile(const QString& path);
+// What to do with a file whose data is cut short or damaged part-way: a picture viewer shows
+// the part that decodes; a command that promises exact output refuses it.
+enum class DamagedFiles { Refuse, OpenReadablePart };
+
+// Decodes image 0 of any file libvips reads, turned upright by its orientation tag and
+// converted to 8-bit RGBA sRGB. Oversized files are refused before decoding.
+LoadedImage loadImageFile(const QString& path, DamagedFiles damaged = DamagedFiles::Refuse);
 
 // The pixel size of an image file, read from its header alone; empty when unreadable.
 QSize imagePixelSize(const QString& path);

@@ -8,6 +8,7 @@
 #include <exception>
 #include <vector>
 
+#include "processing/CropGeometry.h"
 #include "processing/LanczosResampler.h"
 #include "processing/LumaSharpener.h"
 #include "processing/PixelLoops.h"
@@ -17,10 +18,6 @@ namespace marigold::bitmap {
 namespace {
 
 using vips::VImage;
-
-// Larger requests (half a gigabyte of RGBA) come only from nonsense scales or rectangles;
-// they are refused rather than left to exhaust memory or run for minutes.
-constexpr double kMaxPixels = double(1 << 27);
 
 // Straight-alpha RGBA, 0 to 255 per channel.
 struct Colour {
@@ -44,26 +41,17 @@ int clampedInt(double value) {
     return std::isnan(value) ? 0 : int(std::clamp(value, -1e9, 1e9));
 }
 
-// Pixel rectangle, y-down rows.
-struct PixelRect {
-    int left = 0;
-    int top = 0;
-    int wide = 0;
-    int high = 0;
-};
-
-// The one conversion from the image's lower-left origin to libvips' rows. Edges snap to the
+// The crop rectangle in pixel rows of `image`, which may be a reduced copy. Edges snap to the
 // nearest pixel boundary: exact for whole-point rectangles on full-size images, within half a
 // pixel on a reduced copy.
 PixelRect pixelRect(const Image& image, RectF rect) {
     const double perPointX = image.pixelsWide() / double(image.size().width);
     const double perPointY = image.pixelsHigh() / double(image.size().height);
-    const double imageHigh = image.size().height;
-    const int left = clampedInt(std::round(rect.x * perPointX));
-    const int right = clampedInt(std::round((double(rect.x) + rect.width) * perPointX));
-    const int top =
-        clampedInt(std::round((imageHigh - (double(rect.y) + rect.height)) * perPointY));
-    const int bottom = clampedInt(std::round((imageHigh - rect.y) * perPointY));
+    const RectF rows = flipY(rect, image.size().height);
+    const int left = clampedInt(std::round(rows.x * perPointX));
+    const int right = clampedInt(std::round((double(rows.x) + rows.width) * perPointX));
+    const int top = clampedInt(std::round(rows.y * perPointY));
+    const int bottom = clampedInt(std::round((double(rows.y) + rows.height) * perPointY));
     return {left, top, right - left, bottom - top};
 }
 
@@ -124,7 +112,7 @@ Image turned(const Image& image, VipsAngle angle) {
 Image withSize(SizeF size) {
     const int wide = clampedInt(size.width);
     const int high = clampedInt(size.height);
-    if (wide < 1 || high < 1 || double(wide) * high > kMaxPixels) return {};
+    if (wide < 1 || high < 1 || double(wide) * high > double(kMaxOutputPixels)) return {};
     return guarded("new bitmap", [&] { return Image::fromRgba(transparent(wide, high), false); });
 }
 
@@ -134,20 +122,20 @@ Image croppingAndScaling(const Image& image, RectF rect, SizeF size,
     const int outHigh = clampedInt(size.height);
     if (image.isNull() || outWide < 1 || outHigh < 1) return {};
     const PixelRect region = pixelRect(image, rect);
-    if (double(outWide) * outHigh > kMaxPixels ||
-        double(std::max(region.wide, 0)) * std::max(region.high, 0) > kMaxPixels) {
+    if (double(outWide) * outHigh > double(kMaxOutputPixels) ||
+        double(std::max(region.width, 0)) * std::max(region.height, 0) > double(kMaxOutputPixels)) {
         qWarning("marigold: crop and scale refused: %d x %d pixels from %d x %d is too large",
-                 outWide, outHigh, region.wide, region.high);
+                 outWide, outHigh, region.width, region.height);
         return {};
     }
     if (background && !background->isValid()) background.reset();
 
     return guarded("crop and scale", [&] {
         const VImage& pixels = image.pixels();
-        const int left = std::max(region.left, 0);
-        const int top = std::max(region.top, 0);
-        const int right = std::min(region.left + region.wide, pixels.width());
-        const int bottom = std::min(region.top + region.high, pixels.height());
+        const int left = std::max(region.x, 0);
+        const int top = std::max(region.y, 0);
+        const int right = std::min(region.x + region.width, pixels.width());
+        const int bottom = std::min(region.y + region.height, pixels.height());
 
         VImage stretched;
         bool opaque = false;
@@ -155,9 +143,9 @@ Image croppingAndScaling(const Image& image, RectF rect, SizeF size,
             stretched = transparent(outWide, outHigh);
         } else {
             VImage part = pixels.crop(left, top, right - left, bottom - top);
-            const bool inside = part.width() == region.wide && part.height() == region.high;
+            const bool inside = part.width() == region.width && part.height() == region.height;
             if (!inside) {
-                part = part.embed(left - region.left, top - region.top, region.wide, region.high,
+                part = part.embed(left - region.x, top - region.y, region.width, region.height,
                                   VImage::option()->set("extend", VIPS_EXTEND_BLACK));
             }
             opaque = inside && image.isOpaque();

@@ -17,7 +17,7 @@ Image withSize(SizeF size);
 
 // The region `rect` of `image` stretched over a new `size` bitmap with Lanczos3 resampling
 // (pixel centres aligned, edges extended); parts of `rect` outside the image contribute
-// transparency (or `background`). Null for an empty size or one beyond 2^27 pixels.
+// transparency (or `background`). Null for an empty size or one beyond kMaxOutputPixels.
 Image croppingAndScaling(const Image& image, RectF rect, SizeF size,
                          std::optional<QColor> background = std::nullopt);
 Image scaling(const Image& image, SizeF size, std::optional<QColor> background = std::nullopt);

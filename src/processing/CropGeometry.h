@@ -4,6 +4,11 @@
 
 namespace marigold {
 
+// The most pixels an output (or a region read for one) may have: 2^28, a gigabyte of RGBA.
+// Larger requests come from nonsense scales and are refused rather than left to exhaust
+// memory or run for minutes.
+inline constexpr long long kMaxOutputPixels = 1LL << 28;
+
 float aspectRatio(float width, float height);
 
 // Each of x, y, width, height rounded to nearest, halves away from zero, independently.
@@ -16,6 +21,7 @@ struct CropPlan {
     int outputWide = 0;
     int outputHigh = 0;
     bool isEmpty() const { return outputWide <= 0 || outputHigh <= 0; }
+    bool isTooLarge() const { return (long long)outputWide * outputHigh > kMaxOutputPixels; }
 };
 CropPlan planCrop(RectF rect, float scale);
 

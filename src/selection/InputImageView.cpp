@@ -9,16 +9,14 @@
 #include <QPointer>
 #include <cmath>
 
-#include "platform/UndoManager.h"
+#include "core/Document.h"
 #include "processing/BitmapOps.h"
-#include "processing/ImageProcessor.h"
 #include "selection/ArrowKeys.h"
 
 namespace marigold {
 
 namespace {
 constexpr float kMargin = 8;
-const SizeF kPreviewBox{350, 350};
 }  // namespace
 
 InputImageView::InputImageView(QWidget* parent) : QWidget(parent) {
@@ -28,17 +26,41 @@ InputImageView::InputImageView(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
-PointF InputImageView::_viewPoint(QPointF widgetPoint) const {
-    return {float(widgetPoint.x()), float(height() - widgetPoint.y())};
+void InputImageView::setDocument(const Document* document) {
+    if (_document) _document->disconnect(&_connections);
+    _document = document;
+    if (document) {
+        connect(document, &Document::imageChanged, &_connections, [this] { _imageChanged(); });
+        connect(document, &Document::marqueeChanged, &_connections, [this] {
+            update();
+            _updateCursor();
+        });
+    }
+    _imageChanged();
 }
 
-QRectF InputImageView::_widgetRect(RectF r) const {
-    return QRectF(r.x, height() - r.y - r.height, r.width, r.height);
+void InputImageView::_imageChanged() {
+    _pixmap = QPixmap();
+    update();
+    _updateCursor();
+}
+
+bool InputImageView::_hasImage() const { return _document && _document->hasImage(); }
+
+Marquee InputImageView::_marquee() const { return _document ? _document->marquee() : Marquee(); }
+
+PointF InputImageView::_viewPoint(QPointF widgetPoint) const {
+    return flipY(PointF{float(widgetPoint.x()), float(widgetPoint.y())}, height());
+}
+
+QRectF InputImageView::_widgetRect(RectF viewRect) const {
+    const RectF r = flipY(viewRect, height());
+    return QRectF(r.x, r.y, r.width, r.height);
 }
 
 RectF InputImageView::imageBounds() const {
-    if (_displayImage.isNull()) return {};
-    const float iw = _displayImage.size().width, ih = _displayImage.size().height;
+    if (!_hasImage()) return {};
+    const float iw = _document->image().size().width, ih = _document->image().size().height;
     const float vw = float(width()), vh = float(height());
     if (vw >= iw + 2 * kMargin && vh >= ih + 2 * kMargin) {
         return {(vw - iw) / 2, (vh - ih) / 2, iw, ih};
@@ -53,82 +75,29 @@ RectF InputImageView::imageBounds() const {
     return {kMargin, (vh - h) / 2, w, h};
 }
 
-void InputImageView::setImage(const Image& image) {
-    _origImage = image;
-    _previewImage = ImageProcessor::scaleImage(image, kPreviewBox);
-    setDisplayImage(image);
-    if (_sizeTextField) {
-        _sizeTextField->setText(
-            _displayImage.isNull()
-                ? QString()
-                : QStringLiteral("%1 x %2")
-                      .arg(std::lround(_displayImage.size().width))
-                      .arg(std::lround(_displayImage.size().height)));
-    }
-    if (_delegate) _delegate->resetControls();
-    if (window()->isVisible()) {
-        window()->raise();
-        window()->activateWindow();
-    }
-}
-
-void InputImageView::setDisplayImage(const Image& image, bool shouldDeselect) {
-    _displayImage = image;
-    _pixmap = QPixmap();
-    if (shouldDeselect) _marquee.deselect();
-    if (_delegate) _delegate->updatePreview();
-    update();
-    _updateCursor();
-}
-
-void InputImageView::setMarquee(const Marquee& marquee) {
-    if (_delegate) {
-        const Marquee restore = _isMouseDown ? _marqueeAtMouseDown : _marquee;
-        QPointer<InputImageView> self(this);
-        _delegate->undoManager().registerUndo([self, restore] {
-            if (self) self->setMarquee(restore);
-        });
-        _delegate->undoManager().setActionName(tr("Crop Selection"));
-    }
-    _marquee = marquee;
-    _applyActualSizeScale();
-    update();
-    if (_delegate) _delegate->updatePreview();
-}
-
-void InputImageView::editMarqueeWithoutUndo(const Marquee& marquee) {
-    _marquee = marquee;
-    update();
-    _updateCursor();
-}
-
-RectF InputImageView::cropRect() const {
-    const SizeF size = _displayImage.size();
-    return _marquee.rect({0, 0, size.width, size.height});
-}
-
 void InputImageView::setDrawCrossHair(bool on) {
     _drawCrossHair = on;
     update();
 }
 
-void InputImageView::_applyActualSizeScale() {
-    if (!_delegate || !_constraint || !_constraint->actualSize()) return;
-    const SizeF size = _displayImage.size();
+void InputImageView::_applyActualSizeScale(const Marquee& marquee) {
+    if (!_delegate || !_constraint || !_constraint->actualSize() || !_hasImage()) return;
+    const SizeF size = _document->image().size();
     _delegate->setScaleFactorWithoutUndo(_constraint->scaleFactorForImageSize(
-        size.width, size.height, _marquee.width(), _marquee.height()));
+        size.width, size.height, marquee.width(), marquee.height()));
 }
 
 const QPixmap& InputImageView::_displayPixmap() {
     const RectF bounds = imageBounds();
     const qreal ratio = devicePixelRatioF();
     // Never more pixels than the image has: the view does not enlarge.
-    const int w = std::min(_displayImage.pixelsWide(), int(std::lround(bounds.width * ratio)));
-    const int h = std::min(_displayImage.pixelsHigh(), int(std::lround(bounds.height * ratio)));
+    const Image& image = _document->image();
+    const int w = std::min(image.pixelsWide(), int(std::lround(bounds.width * ratio)));
+    const int h = std::min(image.pixelsHigh(), int(std::lround(bounds.height * ratio)));
     if (w <= 0 || h <= 0) {
         _pixmap = QPixmap();
     } else if (_pixmap.width() != w || _pixmap.height() != h) {
-        const Image level = _displayImage.levelWithAtLeast(w, h);
+        const Image level = image.levelWithAtLeast(w, h);
         const Image fitted = (level.pixelsWide() == w && level.pixelsHigh() == h)
                                  ? level
                                  : bitmap::scaling(level, {float(w), float(h)});
@@ -142,26 +111,27 @@ bool InputImageView::_crossHairWanted() const { return _drawCrossHair != _option
 void InputImageView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(rect(), palette().window());
-    if (_displayImage.isNull()) return;
+    if (!_hasImage()) return;
     const RectF bounds = imageBounds();
     const QPixmap& pixmap = _displayPixmap();
     if (!pixmap.isNull()) {
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
         painter.drawPixmap(_widgetRect(bounds), pixmap, QRectF(pixmap.rect()));
     }
-    const RectF selection = _marquee.rect(bounds);
+    const Marquee marquee = _marquee();
+    const RectF selection = marquee.rect(bounds);
     if (!selection.isEmpty()) {
         painter.setPen(QPen(Qt::green, 0));
         painter.setBrush(Qt::NoBrush);
         painter.drawRect(_widgetRect(selection));
     }
     if (_crossHairWanted() && bounds.contains(_cursorPoint) && _state != Moving &&
-        !_marquee.containsPoint(_cursorPoint, bounds)) {
+        !marquee.containsPoint(_cursorPoint, bounds)) {
         painter.setPen(QPen(Qt::red, 0));
         const QRectF b = _widgetRect(bounds);
-        const qreal x = _cursorPoint.x, y = height() - _cursorPoint.y;
-        painter.drawLine(QPointF(x, b.top()), QPointF(x, b.bottom()));
-        painter.drawLine(QPointF(b.left(), y), QPointF(b.right(), y));
+        const PointF at = flipY(_cursorPoint, height());
+        painter.drawLine(QPointF(at.x, b.top()), QPointF(at.x, b.bottom()));
+        painter.drawLine(QPointF(b.left(), at.y), QPointF(b.right(), at.y));
     }
 }
 
@@ -171,51 +141,50 @@ void InputImageView::resizeEvent(QResizeEvent* event) {
 }
 
 void InputImageView::mousePressEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton) return;
+    if (event->button() != Qt::LeftButton || !_hasImage()) return;
     _isMouseDown = true;
-    _marqueeAtMouseDown = _marquee;
-    _marquee.setAspectHeight(_constraint ? _constraint->ratioHeight() : 0,
-                             _constraint ? _constraint->ratioWidth() : 0);
+    _marqueeAtMouseDown = _marquee();
+    Marquee marquee = _marqueeAtMouseDown;
+    marquee.setAspectHeight(_constraint ? _constraint->ratioHeight() : 0,
+                            _constraint ? _constraint->ratioWidth() : 0);
     const PointF p = _viewPoint(event->position());
     _downPoint = p;
     _cursorPoint = p;
     const RectF bounds = imageBounds();
-    if (_marquee.pointIsNearCorner(p, bounds)) {
+    if (marquee.pointIsNearCorner(p, bounds)) {
         _state = Resizing;
-    } else if (_marquee.containsPoint(p, bounds)) {
+    } else if (marquee.containsPoint(p, bounds)) {
         _state = Moving;
     } else {
-        _marquee.setStartAndEndPoint(p, bounds);
+        marquee.setStartAndEndPoint(p, bounds);
         _state = Resizing;
-        update();
     }
+    if (_delegate && !(marquee == _marqueeAtMouseDown)) _delegate->dragMarquee(marquee);
     _updateCursor();
 }
 
-void InputImageView::_mouseDragged(PointF p) {
+Marquee InputImageView::_draggedTo(PointF p) const {
+    Marquee marquee = _marquee();
     const RectF bounds = imageBounds();
     if (_state == Moving) {
-        _marquee.translateFromPoint(_downPoint, p, bounds);
-        _downPoint = p;
+        marquee.translateFromPoint(_downPoint, p, bounds);
     } else if (_state == Resizing) {
-        _marquee.setEndPoint(p, bounds);
-        _applyActualSizeScale();
+        marquee.setEndPoint(p, bounds);
     }
-    if (_state != Idle && _delegate && _delegate->livePreview()) _delegate->updatePreviewFast(true);
-    update();
-    _updateCursor();
+    return marquee;
 }
 
 void InputImageView::mouseMoveEvent(QMouseEvent* event) {
     const PointF p = _viewPoint(event->position());
-    if (_isMouseDown) {
-        _cursorPoint = p;
-        _mouseDragged(p);
-        return;
-    }
     _cursorPoint = p;
-    _mouseInside = imageBounds().contains(p);
-    if (_mouseInside) _optionKeyDown = event->modifiers().testFlag(Qt::AltModifier);
+    if (_isMouseDown && _state != Idle) {
+        const Marquee marquee = _draggedTo(p);
+        _downPoint = p;
+        if (_state == Resizing) _applyActualSizeScale(marquee);
+        if (_delegate) _delegate->dragMarquee(marquee);
+    } else if (imageBounds().contains(p)) {
+        _optionKeyDown = event->modifiers().testFlag(Qt::AltModifier);
+    }
     update();
     _updateCursor();
 }
@@ -224,18 +193,12 @@ void InputImageView::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton || !_isMouseDown) return;
     const PointF p = _viewPoint(event->position());
     _cursorPoint = p;
-    const RectF bounds = imageBounds();
-    if (_state == Resizing) {
-        _marquee.setEndPoint(p, bounds);
-    } else if (_state == Moving) {
-        _marquee.translateFromPoint(_downPoint, p, bounds);
-    }
+    const Marquee marquee = _draggedTo(p);
     _state = Idle;
-    // setMarquee records the undo step (restoring the selection from before the press) and
-    // computes the full preview once.
-    setMarquee(_marquee);
     _isMouseDown = false;
-    if (_delegate) _delegate->setUserResizable(false);
+    _applyActualSizeScale(marquee);
+    // One undo step for the whole gesture, back to the selection from before the press.
+    if (_delegate) _delegate->finishMarqueeDrag(_marqueeAtMouseDown, marquee);
     _updateCursor();
 }
 
@@ -244,16 +207,14 @@ void InputImageView::keyPressEvent(QKeyEvent* event) {
         _optionKeyDown = true;
         update();
     }
-    if (!arrowkeys::isArrowKey(event->key())) {
+    if (!arrowkeys::isArrowKey(event->key()) || !_hasImage()) {
         event->accept();
         return;
     }
-    const PointF t = arrowkeys::translation(event->key(), event->modifiers());
-    // A nudge is deliberately not undoable, unlike pointer edits.
-    _marquee.translateFromPoint({0, 0}, t, imageBounds());
-    _updateCursor();
-    if (_delegate) _delegate->updatePreview();
-    update();
+    Marquee marquee = _marquee();
+    marquee.translateFromPoint({0, 0}, arrowkeys::translation(event->key(), event->modifiers()),
+                               imageBounds());
+    if (_delegate) _delegate->nudgeMarquee(marquee);
 }
 
 void InputImageView::keyReleaseEvent(QKeyEvent* event) {
@@ -266,14 +227,12 @@ void InputImageView::keyReleaseEvent(QKeyEvent* event) {
 
 void InputImageView::enterEvent(QEnterEvent* event) {
     _cursorPoint = _viewPoint(event->position());
-    _mouseInside = imageBounds().contains(_cursorPoint);
     // Take the keyboard so the arrow keys nudge the selection under the pointer.
     if (isActiveWindow()) setFocus(Qt::MouseFocusReason);
     update();
 }
 
 void InputImageView::leaveEvent(QEvent*) {
-    _mouseInside = false;
     _cursorPoint = {-1, -1};
     update();
 }
@@ -291,25 +250,26 @@ void InputImageView::dropEvent(QDropEvent* event) {
 
 CursorKind InputImageView::cursorKindAt(PointF p) const {
     const RectF bounds = imageBounds();
+    const Marquee marquee = _marquee();
     if (_state == Resizing) {
-        const PointF s = _marquee.startPoint(), e = _marquee.endPoint();
+        const PointF s = marquee.startPoint(), e = marquee.endPoint();
         const bool sameSense = (s.x < e.x && s.y < e.y) || (s.x > e.x && s.y > e.y);
         return bounds.contains(p) ? (sameSense ? CursorKind::DiagUp : CursorKind::DiagDown)
                                   : CursorKind::Arrow;
     }
     if (_state == Moving) return bounds.contains(p) ? CursorKind::ClosedHand : CursorKind::Arrow;
     // Later areas lie over earlier ones: knobs over the selection over the image.
-    if (_marquee.upperLeftKnob(bounds).contains(p) || _marquee.lowerRightKnob(bounds).contains(p))
+    if (marquee.upperLeftKnob(bounds).contains(p) || marquee.lowerRightKnob(bounds).contains(p))
         return CursorKind::DiagDown;
-    if (_marquee.upperRightKnob(bounds).contains(p) || _marquee.lowerLeftKnob(bounds).contains(p))
+    if (marquee.upperRightKnob(bounds).contains(p) || marquee.lowerLeftKnob(bounds).contains(p))
         return CursorKind::DiagUp;
-    if (_marquee.rect(bounds).contains(p)) return CursorKind::OpenHand;
+    if (marquee.rect(bounds).contains(p)) return CursorKind::OpenHand;
     if (bounds.contains(p)) return CursorKind::Cross;
     return CursorKind::Arrow;
 }
 
 void InputImageView::_updateCursor() {
-    if (_displayImage.isNull()) {
+    if (!_hasImage()) {
         unsetCursor();
         return;
     }

@@ -1,21 +1,21 @@
 #pragma once
 
-#include <QLabel>
 #include <QPixmap>
 #include <QPointer>
 #include <QWidget>
 
-#include "platform/Image.h"
 #include "selection/InputViewDelegate.h"
 #include "selection/Marquee.h"
 #include "selection/SelectionCursors.h"
 
 namespace marigold {
 
-// Shows the source image fitted into the view and the crop selection over it; turns presses,
-// drags and arrow keys into selection edits. Geometry is y-up (origin at the lower-left of
-// the view), as the selection model expects; Qt's y-down widget coordinates are converted
-// on the way in (events) and out (painting) by _viewPoint and _widgetRect only.
+class Document;
+
+// Shows the document's picture fitted into the view and the crop selection over it, and turns
+// presses, drags and arrow keys into selection edits reported to the delegate. It keeps no
+// document state of its own, only the gesture in progress. Geometry is y-up (origin at the
+// lower-left of the view), as the selection model expects.
 class InputImageView : public QWidget {
     Q_OBJECT
 
@@ -24,23 +24,13 @@ public:
 
     explicit InputImageView(QWidget* parent = nullptr);
 
+    // The document shown (it must outlive the view) and where edits go.
+    void setDocument(const Document* document);
     void setDelegate(InputViewDelegate* delegate) { _delegate = delegate; }
     void setConstraint(SelectionConstraint* constraint) { _constraint = constraint; }
-    void setSizeTextField(QLabel* field) { _sizeTextField = field; }
 
-    void setImage(const Image& image);
-    void setDisplayImage(const Image& image, bool shouldDeselect = true);
-    const Image& image() const { return _displayImage; }
-    const Image& origImage() const { return _origImage; }
-    const Image& previewImage() const { return _previewImage; }
-
-    const Marquee& marquee() const { return _marquee; }
-    void setMarquee(const Marquee& marquee);
-    // Changes the selection without an undo entry (deselect, nudges).
-    void editMarqueeWithoutUndo(const Marquee& marquee);
-    RectF cropRect() const;
+    // Where the picture is drawn, in view points.
     RectF imageBounds() const;
-
     void setDrawCrossHair(bool on);
     State state() const { return _state; }
     // The cursor a pointer at `viewPoint` shows now (knobs over selection over image).
@@ -62,30 +52,30 @@ protected:
 private:
     PointF _viewPoint(QPointF widgetPoint) const;
     QRectF _widgetRect(RectF viewRect) const;
-    void _mouseDragged(PointF p);
-    void _applyActualSizeScale();
+    bool _hasImage() const;
+    Marquee _marquee() const;
+    Marquee _draggedTo(PointF p) const;
+    void _applyActualSizeScale(const Marquee& marquee);
+    void _imageChanged();
     void _updateCursor();
     bool _crossHairWanted() const;
     const QPixmap& _displayPixmap();
 
+    QPointer<const Document> _document;
     InputViewDelegate* _delegate = nullptr;
     SelectionConstraint* _constraint = nullptr;
-    QPointer<QLabel> _sizeTextField;
+    QPixmap _pixmap;  // the picture at its drawn size, so a paint never resamples
 
-    Image _origImage;
-    Image _previewImage;
-    Image _displayImage;
-    QPixmap _pixmap;  // the displayed image at its drawn size, so a paint never resamples
-
-    Marquee _marquee;
+    // The gesture in progress.
     Marquee _marqueeAtMouseDown;
     PointF _downPoint;
     State _state = Idle;
     bool _isMouseDown = false;
     bool _drawCrossHair = false;
     bool _optionKeyDown = false;
-    bool _mouseInside = false;
     PointF _cursorPoint;
+    // The context of the document's connections, gone before the widget is half destroyed.
+    QObject _connections;
 };
 
 }  // namespace marigold

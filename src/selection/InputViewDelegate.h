@@ -4,20 +4,20 @@
 
 namespace marigold {
 
-class UndoManager;
+class Marquee;
 
-// What the input view asks of the document that owns it.
+// How the input view reports edits of the selection to the controller that owns the document.
 class InputViewDelegate {
 public:
     virtual ~InputViewDelegate() = default;
-    virtual UndoManager& undoManager() = 0;
-    virtual void resetControls() = 0;
-    virtual void updatePreview() = 0;
-    virtual void updatePreviewFast(bool fast) = 0;
+    // While the pointer drags: the selection follows without an undo step.
+    virtual void dragMarquee(const Marquee& marquee) = 0;
+    // The pointer let go: one undo step back to the selection from before the press.
+    virtual void finishMarqueeDrag(const Marquee& before, const Marquee& after) = 0;
+    // An arrow key moved the selection: deliberately no undo step.
+    virtual void nudgeMarquee(const Marquee& marquee) = 0;
+    // A size preset holds the output size while the selection changes.
     virtual void setScaleFactorWithoutUndo(float factor) = 0;
-    virtual void setUserResizable(bool resizable) = 0;
-    // The "LivePreview" preference: fast previews while the selection is dragged.
-    virtual bool livePreview() const = 0;
     // A file dropped on the view; false leaves the document as it was.
     virtual bool openFile(const QString& path) = 0;
 };

@@ -45,7 +45,7 @@ TEST(HeadlessExportArguments, GoodListsGiveTheirOptions) {
          with(options("in", "o.tiff"),
               [](auto& o) {
                   o.format = TiffFormat;
-                  o.crop = PixelCrop{10, 20, 30, 40};
+                  o.crop = PixelRect{10, 20, 30, 40};
                   o.sizing = Sizing::Width;
                   o.size = 300;
               })},
@@ -167,7 +167,7 @@ TEST(HeadlessExportArguments, OnlyAnExportOptionBeforeTheEndOfOptionsMeansHeadle
 
 TEST(HeadlessExportCrop, TopLeftRegionsBecomeLowerLeftRectanglesClippedToTheImage) {
     struct Case {
-        PixelCrop crop;
+        PixelRect crop;
         std::optional<RectF> rect;
     };
     const Case cases[] = {
@@ -223,9 +223,9 @@ TEST_F(HeadlessExportFiles, ACropKeepsExactlyTheSourcePixelsCountedFromTheTop) {
     // Every pixel's red and green say where it came from, so any shift or flip shows.
     const QString in = savePng(test::gradientImage(240, 180), "gradient.png");
     const QString out = path("crop.png");
-    const PixelCrop crops[] = {
+    const PixelRect crops[] = {
         {37, 23, 101, 67}, {0, 0, 240, 12}, {0, 168, 240, 12}, {200, 150, 100, 100}};
-    for (const PixelCrop& c : crops) {
+    for (const PixelRect& c : crops) {
         SCOPED_TRACE(testing::Message() << c.x << "," << c.y << "," << c.width << "," << c.height);
         const ExportResult result = run(QStringLiteral("--export %1 --crop %2,%3,%4,%5 %6")
                                             .arg(out)

@@ -39,15 +39,29 @@ expect "--format wins" "$(identify -format %m named.img)" TIFF
 export_run --export plain photo.jpg || fail "no extension"
 expect "JPEG by default" "$(identify -format %m plain)" JPEG
 
-# The source's EXIF block travels into a JPEG by default, and not with --preserve-exif 0.
+# A camera photo stored on its side is exported upright and says so; its EXIF block travels
+# into a JPEG by default, and not with --preserve-exif 0.
 cp photo.jpg tagged.jpg
-exiftool -q -overwrite_original -Make=ExportCam -Orientation#=6 tagged.jpg
+convert -size 160x120 gradient:white-black thumb.jpg
+exiftool -q -overwrite_original -Make=ExportCam -Orientation#=6 '-ThumbnailImage<=thumb.jpg' tagged.jpg
 export_run --export carried.jpg --width 300 tagged.jpg || fail "tagged export"
 expect "EXIF make kept" "$(exiftool -s3 -Make carried.jpg)" ExportCam
-expect "orientation kept as it was" "$(exiftool -s3 -n -Orientation carried.jpg)" 6
-expect "still the exported size" "$(size_of carried.jpg)" 300x225
+expect "marked upright" "$(exiftool -s3 -n -Orientation carried.jpg)" 1
+expect "turned upright" "$(size_of carried.jpg)" 300x400
 export_run --export bare.jpg --width 300 --preserve-exif 0 tagged.jpg || fail "--preserve-exif 0"
 expect "no EXIF with 0" "$(exiftool -s3 -Make bare.jpg)" ""
+
+# The carried block counts against the limit: the whole file stays under it.
+for limit in 10 14 20; do
+    if export_run --export small.jpg --width 120 --limit "$limit" tagged.jpg 2>err; then
+        bytes=$(stat -c %s small.jpg)
+        [ "$bytes" -lt $((limit * 1024)) ] || fail "--limit $limit wrote $bytes bytes"
+        expect "EXIF within the limit" "$(exiftool -s3 -Make small.jpg)" ExportCam
+    else
+        grep -q 'File Size Limit Too Low' err || fail "--limit $limit said: $(cat err)"
+    fi
+    rm -f small.jpg
+done
 
 # A format whose libvips module is loaded only when a file needs it.
 vips copy photo.png photo.heic

@@ -16,6 +16,9 @@ TEST(FileSizeText, PowersOf1024UnderTheFamiliarLabels) {
         {1536, "2 KB"},          {1048575, "1024 KB"},     {1048576, "1.0 MB"},
         {1572864, "1.5 MB"},     {1073741823, "1024.0 MB"}, {1073741824, "1.00 GB"},
         {5368709120, "5.00 GB"},
+        // Exact halves go to the even neighbour, as printf rounds them (they read "3 KB",
+        // "1.3 MB" and "1.13 GB" once).
+        {2560, "2 KB"},          {1310720, "1.2 MB"},      {1207959552, "1.12 GB"},
     };
     for (const auto& [bytes, text] : cases) {
         EXPECT_EQ(stringWithFilesize(bytes).toStdString(), text) << bytes;

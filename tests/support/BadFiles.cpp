@@ -59,7 +59,7 @@ std::vector<BadFile> badImageFiles(const QString& dirPath) {
     const QByteArray jpeg = wholeFile.readAll();
     const QString truncated = dir.filePath(QStringLiteral("truncated.jpg"));
     write(truncated, jpeg.left(jpeg.size() / 2));
-    files.push_back({"truncated JPEG", truncated});
+    files.push_back({"truncated JPEG", truncated, true});
 
     const QString empty = dir.filePath(QStringLiteral("empty.png"));
     write(empty, {});

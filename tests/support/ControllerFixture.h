@@ -6,8 +6,7 @@
 #include <QTemporaryDir>
 
 #include "core/AppController.h"
-#include "output/OutputImageView.h"
-#include "selection/InputImageView.h"
+#include "core/WindowSide.h"
 #include "support/TestImages.h"
 
 namespace marigold {
@@ -18,41 +17,66 @@ inline void finishPass() {
     QCoreApplication::processEvents();
 }
 
+// The window side without a window: records what would have been shown, and gives the
+// answers a test sets.
+struct RecordingWindow : WindowSide {
+    void alert(const QString& title, const QString& text) override {
+        alerts << title + QLatin1Char('|') + text;
+    }
+    bool warnAboutSizeLimit() override {
+        ++warningsShown;
+        return answerDontShowAgain;
+    }
+    void chooseSaveTarget(const QString&, const QString&, int,
+                          std::function<void(const QString&)> chosen) override {
+        if (!saveTarget.isEmpty()) chosen(saveTarget);
+    }
+    void print(const Image& image) override { printed = image; }
+    void beep() override { ++beeps; }
+    void showNotice(const QString& text) override { notices << text; }
+    void setBusy(bool busy) override { busyChanges << busy; }
+
+    QStringList alerts;  // "title|text" of every alert shown
+    QStringList notices;
+    QList<bool> busyChanges;
+    int warningsShown = 0;
+    int beeps = 0;
+    bool answerDontShowAgain = false;
+    QString saveTarget;  // what the save dialog answers; empty: cancelled
+    Image printed;
+};
+
 class AppControllerTest : public ::testing::Test {
 protected:
     AppControllerTest()
         : defaults(dir.filePath(QStringLiteral("settings.ini"))), controller(defaults) {
-        input.resize(400, 300);
-        output.resize(400, 300);
-        controller.setViews(&input, &output);
-        const auto recordAlert = [this](const QString& title, const QString& text) {
-            alerts << title + QLatin1Char('|') + text;
-        };
-        controller.showAlert = recordAlert;
-        output.showAlert = recordAlert;
-        controller.askSizeLimitWarning = [this] {
-            ++warningsShown;
-            return answerDontShowAgain;
-        };
+        controller.setWindowSide(&window);
+        QObject::connect(&controller, &AppController::previewChanged,
+                         [this](const Image& image, const QString& message) {
+                             preview = image;
+                             previewMessage = message;
+                         });
     }
 
-    // A 400 x 300 source, fully selected, with the history of the opening cleared.
-    void openGradient() {
-        input.setImage(test::gradientImage(400, 300));
+    const Document& document() const { return controller.document(); }
+
+    // A JPEG of `image` opened from disk, fully selected, the history of the opening cleared.
+    QString open(const Image& image, const QString& name = QStringLiteral("photo.jpg")) {
+        const QString path = test::writeJpeg(image, dir.path(), name);
+        EXPECT_TRUE(controller.openFile(path));
         finishPass();
         controller.selectAll();
         finishPass();
         controller.undoManager().removeAllActions();
+        return path;
     }
 
     QTemporaryDir dir;
     Defaults defaults;
     AppController controller;
-    InputImageView input;
-    OutputImageView output;
-    QStringList alerts;  // "title|text" of every alert shown
-    int warningsShown = 0;
-    bool answerDontShowAgain = false;
+    RecordingWindow window;
+    Image preview;  // the last preview shown
+    QString previewMessage;
 };
 
 }  // namespace marigold

@@ -1,21 +1,17 @@
 #include <QApplication>
-#include <QDir>
 #include <QMouseEvent>
 #include <QScrollArea>
-#include <QSignalSpy>
 #include <QTest>
 
 #include <QFileInfo>
-#include <QLabel>
-#include <QPdfWriter>
 #include <QPrinter>
 #include <QTemporaryDir>
 
+#include "output/ImageEncoders.h"
 #include "output/OutputImageView.h"
 #include "output/OutputViewDelegate.h"
-#include "output/TempFolder.h"
+#include "output/PrintOutput.h"
 #include "platform/Defaults.h"
-#include "platform/DefaultsKeys.h"
 #include "platform/VipsRuntime.h"
 #include "support/TestImages.h"
 
@@ -23,28 +19,28 @@ using namespace marigold;
 
 namespace {
 
-// The document side of the view: settings in a scratch store, files in a scratch folder.
-class Document : public OutputViewDelegate, public FileReceiver {
+// The controller side of the view: writes a PNG of a fixed picture into a scratch folder, or
+// nothing while the limit is "too low".
+class Writer : public OutputViewDelegate, public FileReceiver {
 public:
-    Document() : store(dir.filePath(QStringLiteral("settings.ini"))), folder(dir.path() + QLatin1Char('/')) {
+    Writer() : store(dir.filePath(QStringLiteral("settings.ini"))) {
         store.registerDefaults(Defaults::factoryDefaults());
     }
-    Defaults& defaults() override { return store; }
-    TempFolder& tempFolder() override { return folder; }
-    QString filename() override { return QStringLiteral("out"); }
-    int fileFormat() const override { return format; }
-    int compression() const override { return 80; }
-    bool hasFilesizeLimit() const override { return limitKB > 0; }
+    QString writeTmpFile() override {
+        ++writes;
+        if (limitKB > 0) return {};
+        const QString path = dir.filePath(QStringLiteral("out%1.png").arg(writes));
+        return writeToPNGFile(test::photoLikeImage(40, 30), path) ? path : QString();
+    }
+    bool limitTooLow() const override { return limitKB > 0; }
     QString filesizeLimit() const override { return QString::number(limitKB); }
-    std::optional<Metadata> metadata() const override { return std::nullopt; }
-    QString sourcePath() const override { return {}; }
+    Defaults& defaults() override { return store; }
     void sendFile(const QString& path) override { sent << path; }
 
     QTemporaryDir dir;
     Defaults store;
-    TempFolder folder;
-    int format = 102;
     int limitKB = 0;
+    int writes = 0;
     QStringList sent;
 };
 
@@ -61,15 +57,6 @@ class TestOutputImageView : public QObject {
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(startVips("tst_OutputImageView")); }
-
-    void reportsThePixelSizeOfItsImage() {
-        OutputImageView view;
-        QSignalSpy spy(&view, &OutputImageView::pixelSizeChanged);
-        view.setImage(test::gradientImage(30, 20).withSize({333.5f, 99.4f}));
-        QCOMPARE(spy.last(), (QList<QVariant>{334, 99}));
-        view.setImage({});
-        QCOMPARE(spy.last(), (QList<QVariant>{0, 0}));
-    }
 
     void shrinksToFitButNeverEnlarges_data() {
         QTest::addColumn<int>("imageW");
@@ -130,56 +117,37 @@ private Q_SLOTS:
         QCOMPARE(pixel.blue(), 30);
     }
 
-    void aPressWritesTheFileAndShowsItsSize() {
-        Document document;
+    void aPressHasTheFileWrittenAndADoubleClickSendsOnlyAWrittenOne() {
+        Writer writer;
         OutputImageView view;
-        QLabel label;
-        view.setFilesizeLabel(&label);
-        view.setDelegate(&document);
+        view.setDelegate(&writer);
+        view.setDoubleClickTarget([&writer] { return &writer; });
         view.resize(300, 200);
-        view.setImage(test::photoLikeImage(200, 100));
         QTest::mousePress(&view, Qt::LeftButton, {}, QPoint(150, 100));
-        const QFileInfo file(view.tmpPath());
-        QVERIFY(file.isFile());
-        QCOMPARE(file.fileName(), QStringLiteral("out.png"));
-        QVERIFY(!label.text().isEmpty());
-        QVERIFY(label.text().endsWith(QStringLiteral("KB")));
-        // A new output: the size shown no longer applies.
-        view.setImage(test::photoLikeImage(100, 100));
-        QVERIFY(label.text().isEmpty());
-    }
-
-    void aDoubleClickSendsOnlyAFileThatWasWritten() {
-        Document document;
-        OutputImageView view;
-        view.setDelegate(&document);
-        view.setDoubleClickTarget([&document] { return &document; });
-        view.resize(300, 200);
-        view.setImage(test::photoLikeImage(1600, 1200));
-        document.format = 101;
-        document.limitKB = 10;  // nothing this noisy fits: no file
+        QCOMPARE(writer.writes, 0);  // nothing shown, nothing to write
+        view.setImage(test::photoLikeImage(200, 100));
         // As the window system delivers a double click: a click, then the second press.
         const auto doubleClick = [&view] {
             QTest::mouseClick(&view, Qt::LeftButton, {}, QPoint(150, 100));
             QTest::mouseDClick(&view, Qt::LeftButton, {}, QPoint(150, 100));
         };
+        writer.limitKB = 10;  // nothing fits: no file
         doubleClick();
         QVERIFY(view.tmpPath().isEmpty());
-        QCOMPARE(document.sent, QStringList());
-        document.limitKB = 0;
+        QCOMPARE(writer.sent, QStringList());
+        writer.limitKB = 0;
         doubleClick();
-        QVERIFY(!view.tmpPath().isEmpty());
-        QCOMPARE(document.sent, QStringList{view.tmpPath()});
+        QVERIFY(QFileInfo(view.tmpPath()).isFile());
+        QCOMPARE(writer.sent, QStringList{view.tmpPath()});
     }
 
     void draggingWhenTheLimitCannotBeMetAlertsInsteadOfDragging() {
-        Document document;
-        document.format = 101;
-        document.limitKB = 10;
+        Writer writer;
+        writer.limitKB = 10;
         OutputImageView view;
         QStringList alerts;
         view.showAlert = [&](const QString& title, const QString& text) { alerts << title << text; };
-        view.setDelegate(&document);
+        view.setDelegate(&writer);
         view.resize(300, 200);
         view.setToolTip(QStringLiteral("Drag me"));
         view.setImage(test::photoLikeImage(1600, 1200));
@@ -189,7 +157,6 @@ private Q_SLOTS:
                                       QStringLiteral("Unable to keep file under 10 KB.\nPlease turn off "
                                                      "file size limit or increase the limit.")}));
         QVERIFY(view.toolTip().isEmpty());
-        QVERIFY(!QDir(document.folder.tmpdir() + QStringLiteral("/0")).entryList(QDir::Files).size());
 
         // Without an image a drag does nothing at all.
         alerts.clear();
@@ -197,6 +164,15 @@ private Q_SLOTS:
         QTest::mousePress(&view, Qt::LeftButton, {}, QPoint(100, 100));
         dragTo(view, QPoint(160, 140));
         QVERIFY(alerts.isEmpty());
+    }
+
+    void aMessageIsShownWhereThereIsNoPicture() {
+        OutputImageView view;
+        view.resize(300, 200);
+        view.setMessage(QStringLiteral("Too large"));
+        const QImage blank = view.grab().toImage();
+        view.setMessage({});
+        QVERIFY2(view.grab().toImage() != blank, "the message is painted");
     }
 
     void printsInsideTenPointMarginsShrunkButNeverEnlarged_data() {
@@ -215,15 +191,13 @@ private Q_SLOTS:
         QFETCH(QSize, pixels);
         QFETCH(QRectF, expected);
         QTemporaryDir dir;
-        OutputImageView view;
-        view.setImage(test::gradientImage(pixels.width(), pixels.height()));
         QPrinter printer(QPrinter::HighResolution);
         printer.setOutputFormat(QPrinter::PdfFormat);
         printer.setOutputFileName(dir.filePath(QStringLiteral("page.pdf")));
         printer.setPageSize(QPageSize(QPageSize::A4));
-        view.printImage(printer);
+        printImage(printer, test::gradientImage(pixels.width(), pixels.height()));
         QCOMPARE(printer.pageLayout().margins(QPageLayout::Point), QMarginsF(10, 10, 10, 10));
-        const QRectF placed = view.printedRect(printer.pageLayout());
+        const QRectF placed = printedRect(QSizeF(pixels), printer.pageLayout());
         QVERIFY2(std::abs(placed.x() - expected.x()) < 0.5 && std::abs(placed.y() - expected.y()) < 0.5 &&
                      std::abs(placed.width() - expected.width()) < 0.5 &&
                      std::abs(placed.height() - expected.height()) < 0.5,

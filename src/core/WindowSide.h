@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QString>
+#include <functional>
+
+namespace marigold {
+
+class Image;
+
+// What the document controller asks of the window: the dialogs, alerts and signs that need a
+// person. The controller decides everything else, so its commands run and are tested without
+// a single widget; the main window answers here with real dialogs.
+class WindowSide {
+public:
+    virtual ~WindowSide() = default;
+
+    // A modal alert with one button.
+    virtual void alert(const QString& title, const QString& text) = 0;
+    // The warning shown before the file-size limit is turned on; true when the person chose
+    // "Don't Show This Message Again".
+    virtual bool warnAboutSizeLimit() = 0;
+    // The save dialog, starting in `directory` (empty: the dialog's own choice) and proposing
+    // `name`; `chosen` receives the path to write, already given the extension of `format`
+    // and confirmed if it replaces a file. Nothing is called when the person cancels.
+    virtual void chooseSaveTarget(const QString& directory, const QString& name, int format,
+                                  std::function<void(const QString& path)> chosen) = 0;
+    // The print dialog for `image`, printed when the person confirms.
+    virtual void print(const Image& image) = 0;
+    virtual void beep() = 0;
+    // A one-line message that needs no answer (an unreadable file, a damaged one).
+    virtual void showNotice(const QString& text) = 0;
+    // Shown while an output file is being written, which happens inside the asking event.
+    virtual void setBusy(bool busy) = 0;
+};
+
+}  // namespace marigold

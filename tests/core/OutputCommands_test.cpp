@@ -1,0 +1,239 @@
+#include <gtest/gtest.h>
+
+#include <QClipboard>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QProcess>
+#include <QUrl>
+
+#include <unistd.h>
+
+#include "platform/Clipboard.h"
+#include "platform/DefaultsKeys.h"
+#include "support/ControllerFixture.h"
+
+namespace marigold {
+namespace {
+
+using namespace keys;
+
+vips::VImage decoded(const QString& path) {
+    return vips::VImage::new_from_file(path.toLocal8Bit().constData()).copy_memory();
+}
+
+QByteArray contents(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// One tag as exiftool reads it from `path` (numbers as numbers).
+QString exiftoolTag(const QString& path, const char* tag) {
+    QProcess tool;
+    tool.start(QStringLiteral("exiftool"),
+               {QStringLiteral("-s3"), QStringLiteral("-n"), QLatin1Char('-') + QLatin1String(tag), path});
+    tool.waitForFinished();
+    return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
+}
+
+void exiftool(const QString& arguments, const QString& path) {
+    ASSERT_EQ(std::system(qPrintable(
+                  QStringLiteral("exiftool -q -overwrite_original %1 '%2'").arg(arguments, path))),
+              0);
+}
+
+class OutputCommands : public AppControllerTest {};
+
+TEST(SaveNames, TheOutputsExtensionReplacesARecognisedOneOrIsAppended) {
+    const struct {
+        const char* typed;
+        int format;
+        const char* saved;
+    } cases[] = {
+        {"picture.jpg", 102, "picture.png"}, {"picture", 102, "picture.png"},
+        {"photo.jpeg", 101, "photo.jpeg.jpg"}, {"photo.PNG", 101, "photo.jpg"},
+        {"scan.TIF", 104, "scan.gif"}, {"scan.tiff", 103, "scan.tiff.tif"},
+        {"my.holiday.gif", 0, "my.holiday.jpg"}, {"notes.txt", 105, "notes.txt.jpg"},
+        {".png", 101, ".png.jpg"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(AppController::userEnteredFilename(QString::fromUtf8(c.typed), c.format).toStdString(),
+                  c.saved);
+    }
+}
+
+// Undo back to 100 % left a reduced fast preview on screen, and Copy encoded that: 539 x 440.
+TEST_F(OutputCommands, EveryWayOutIsRenderedFromTheFullResolutionDocument) {
+    open(test::photoLikeImage(2725, 2225));
+    defaults.setInteger(DefFileFormat, 102);
+    controller.setScaleFactorPercent(50);
+    finishPass();
+    controller.undoManager().undo();
+    ASSERT_EQ(controller.pixelWidth(), 2725);
+    ASSERT_LT(preview.pixelsWide(), 2725) << "the preview on screen is a reduced one";
+
+    controller.copyOutputImage();
+    const QMimeData* data = QGuiApplication::clipboard()->mimeData();
+    ASSERT_TRUE(data && data->urls().size() == 1);
+    const QString copied = data->urls().first().toLocalFile();
+    EXPECT_EQ(decoded(copied).width(), 2725);
+    EXPECT_EQ(imageFromClipboard()->pixelsWide(), 2725);
+
+    window.saveTarget = dir.filePath(QStringLiteral("saved.png"));
+    controller.saveDocumentAs();
+    const vips::VImage saved = decoded(window.saveTarget);
+    ASSERT_EQ(saved.width(), 2725);
+    ASSERT_EQ(saved.height(), 2225);
+    const vips::VImage source = decoded(controller.sourcePath());
+    EXPECT_EQ(test::difference(saved, source).max(), 0) << "a 100 % PNG keeps every pixel";
+    controller.print();
+    EXPECT_EQ(window.printed.pixelsWide(), 2725);
+}
+
+TEST_F(OutputCommands, AWrittenFileIsReusedUntilTheDocumentOrASettingChanges) {
+    open(test::photoLikeImage(300, 200));
+    controller.setDocumentName(QStringLiteral("holiday"));
+    const QString first = controller.writeTmpFile();
+    EXPECT_EQ(controller.writeTmpFile(), first);
+    EXPECT_EQ(window.busyChanges, (QList<bool>{true, false})) << "written once";
+    const std::vector<std::pair<const char*, std::function<void()>>> changes = {
+        {"format", [&] { controller.setFileFormat(102); }},
+        {"format behind the setters' back", [&] { defaults.setInteger(DefFileFormat, 104); }},
+        {"quality", [&] { controller.setFileFormat(101), controller.setQuality(QStringLiteral("55")); }},
+        {"scale", [&] { controller.setScaleFactor(0.5f); }},
+        {"selection", [&] { controller.deselect(), controller.selectAll(); }},
+        {"sharpening", [&] { controller.setSharpen(!controller.sharpen()); }},
+        {"name", [&] { controller.setDocumentName(QStringLiteral("trip")); }},
+    };
+    QStringList paths{first};
+    for (const auto& [what, change] : changes) {
+        change();
+        const QString path = controller.writeTmpFile();
+        EXPECT_FALSE(paths.contains(path)) << what;
+        EXPECT_TRUE(QFileInfo(path).isFile()) << what;
+        paths << path;
+    }
+    EXPECT_EQ(QFileInfo(paths[2]).fileName(), QStringLiteral("holiday.gif"));
+    EXPECT_EQ(QFileInfo(paths.last()).fileName(), QStringLiteral("trip.jpg"));
+    // Each file keeps a folder of its own, named by a counter, under the private folder.
+    EXPECT_EQ(QFileInfo(paths.last()).dir().absolutePath(),
+              QDir(controller.tmpdir()).filePath(QString::number(paths.size() - 1)));
+}
+
+TEST_F(OutputCommands, SavingWritesTheFormatsExtensionInTheChosenFolderReplacingInOneStep) {
+    open(test::photoLikeImage(400, 300));
+    defaults.setInteger(DefFileFormat, 102);
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("Pictures")));
+    const QString target = dir.filePath(QStringLiteral("Pictures/picture.png"));
+    const QString otherName = dir.filePath(QStringLiteral("link-to-old"));
+    QFile old(target);
+    ASSERT_TRUE(old.open(QIODevice::WriteOnly));
+    old.write("the old file");
+    old.close();
+    // A second name for the old file keeps seeing the old bytes: the new file was renamed
+    // into place, not written into the old one (which a crash half-way would have ruined).
+    ASSERT_EQ(::link(qPrintable(target), qPrintable(otherName)), 0);
+    controller.savePanelDidEnd(true, dir.filePath(QStringLiteral("Pictures/picture.jpg")));
+    EXPECT_EQ(contents(otherName), QByteArray("the old file"));
+    EXPECT_EQ(decoded(target).width(), 400);
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("Pictures/picture.jpg"))));
+
+    controller.savePanelDidEnd(true, dir.filePath(QStringLiteral("Pictures/.jpg")));
+    EXPECT_TRUE(QFileInfo::exists(dir.filePath(QStringLiteral("Pictures/.jpg.png"))));
+    controller.savePanelDidEnd(false, dir.filePath(QStringLiteral("cancelled.png")));
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("cancelled.png"))));
+
+    // A document name with slashes still names one file in a folder of its own.
+    controller.setDocumentName(QStringLiteral("../../2024/05 trip"));
+    const QString written = controller.writeTmpFile();
+    EXPECT_EQ(QFileInfo(written).fileName(), QStringLiteral("..-..-2024-05 trip.png"));
+    EXPECT_TRUE(written.startsWith(controller.tmpdir() + QLatin1Char('/')));
+}
+
+TEST_F(OutputCommands, AnUnreachableLimitAlertsAndWritesNothing) {
+    open(test::photoLikeImage(1600, 1200));
+    defaults.setInteger(DefFileFormat, 101);
+    defaults.setBool(DefLimitFilesize, true);
+    defaults.setInteger(DefFilesizeLimit, 10);
+    const QString target = dir.filePath(QStringLiteral("big.jpg"));
+    controller.savePanelDidEnd(true, target);
+    ASSERT_EQ(window.alerts.size(), 1);
+    EXPECT_EQ(window.alerts.first(),
+              QStringLiteral("File Size Limit Too Low|Unable to keep file under 10 KB.\nPlease turn "
+                             "off file size limit or increase the limit and try again."));
+    EXPECT_FALSE(QFileInfo::exists(target));
+    EXPECT_TRUE(controller.limitTooLow());
+}
+
+TEST_F(OutputCommands, MetadataTravelsAsTheSettingSaysAndAlwaysSaysUpright) {
+    const QString source = test::writeJpeg(test::photoLikeImage(400, 300), dir.path(),
+                                           QStringLiteral("camera.jpg"));
+    exiftool(QStringLiteral("-Make=Marigold-Test -Orientation#=6"), source);
+    ASSERT_TRUE(controller.openFile(source));
+    controller.selectAll();
+    const struct {
+        int preserve, format;
+        bool carriesMake;
+    } cases[] = {
+        {0, 101, false}, {0, 103, false},
+        // TIFF keeps the metadata for any non-zero setting; a JPEG with 1 gets the source's
+        // EXIF block.
+        {1, 103, true}, {1, 101, true},
+        {2, 101, true}, {2, 103, true}, {2, 102, false}, {2, 104, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << "PreserveExif " << c.preserve << " format " << c.format);
+        defaults.setInteger(DefPreserveExif, c.preserve);
+        defaults.setInteger(DefFileFormat, c.format);
+        const QString path = controller.writeTmpFile();
+        EXPECT_EQ(exiftoolTag(path, "Make") == QStringLiteral("Marigold-Test"), c.carriesMake);
+        const QString orientation = exiftoolTag(path, "Orientation");
+        EXPECT_TRUE(orientation.isEmpty() || orientation == QStringLiteral("1")) << orientation.toStdString();
+        // Shown upright, written upright: 300 wide, 400 high.
+        EXPECT_EQ(decoded(path).width(), 300);
+    }
+}
+
+// "PreserveExif" 1 added the EXIF block after the search: a limit of 3111 bytes gave 5571.
+TEST_F(OutputCommands, ASizeLimitCoversTheCarriedMetadata) {
+    const QString thumbnail = test::writeJpeg(test::photoLikeImage(160, 120), dir.path(),
+                                              QStringLiteral("thumbnail.jpg"));
+    const QString source = open(test::photoLikeImage(800, 600), QStringLiteral("camera.jpg"));
+    exiftool(QStringLiteral("-Make=Marigold-Test '-ThumbnailImage<=%1'").arg(thumbnail), source);
+    defaults.setInteger(DefFileFormat, 101);
+    defaults.setBool(DefLimitFilesize, true);
+    controller.setScaleFactor(0.25f);
+    for (int preserve : {1, 2}) {
+        defaults.setInteger(DefPreserveExif, preserve);
+        for (int limit = 10; limit <= 60; limit += 5) {
+            SCOPED_TRACE(testing::Message() << "PreserveExif " << preserve << ", " << limit << " KB");
+            controller.setFilesizeLimit(QString::number(limit));
+            const QString path = controller.writeTmpFile();
+            if (path.isEmpty()) {
+                EXPECT_TRUE(controller.limitTooLow());
+                continue;
+            }
+            EXPECT_LT(QFileInfo(path).size(), limit * 1024);
+            EXPECT_EQ(exiftoolTag(path, "Make"), QStringLiteral("Marigold-Test"));
+        }
+    }
+}
+
+TEST_F(OutputCommands, NonsenseSettingsAndAVanishedSourceStillSave) {
+    const QString source = open(test::photoLikeImage(400, 300));
+    defaults.setObject(QString(DefFileFormat), QStringLiteral("banana"));
+    defaults.setObject(QString(DefJpegQuality), -40);
+    defaults.setInteger(DefPreserveExif, 2);
+    // The source is gone by the time of saving: the picture is in memory, only its
+    // metadata cannot be read any more.
+    ASSERT_TRUE(QFile::remove(source));
+    const QString target = dir.filePath(QStringLiteral("saved"));
+    controller.savePanelDidEnd(true, target);
+    EXPECT_EQ(decoded(target + QStringLiteral(".jpg")).width(), 400);
+    EXPECT_TRUE(window.alerts.isEmpty());
+}
+
+}  // namespace
+}  // namespace marigold
