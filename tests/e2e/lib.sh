@@ -26,7 +26,8 @@ fail() {
 start_x() {
     for n in $(seq 90 140); do
         [ -e "/tmp/.X11-unix/X$n" ] || [ -e "/tmp/.X$n-lock" ] && continue
-        Xvfb ":$n" -screen 0 1280x860x24 -nolisten tcp >/dev/null 2>&1 &
+        # -noreset: a reset when xdpyinfo below leaves would refuse the app connecting next.
+        Xvfb ":$n" -screen 0 1280x860x24 -nolisten tcp -noreset >/dev/null 2>&1 &
         XVFB_PID=$!
         export DISPLAY=":$n"
         for _ in $(seq 50); do

@@ -1,0 +1,240 @@
+"""Drives the real marigold binary as a screen reader user does: controls found by accessible
+name and role, worked through AT-SPI, on a private X server, session bus and accessibility bus
+that leave the user's desktop and settings alone. A flow script calls `run(flow)`."""
+import os
+import select
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import traceback
+
+TIMEOUT = 20.0
+RETURN_KEYSYM = 0xFF0D
+pyatspi = None  # imported once the private buses exist: libatspi binds to the bus it first sees
+
+
+class Failure(Exception):
+    pass
+
+
+def wait_for(what, condition, timeout=TIMEOUT):
+    """Polls `condition` until it returns something true. `what` names what is awaited; as a
+    function it can tell the state at the moment of failure."""
+    deadline = time.monotonic() + timeout
+    while not (result := condition()):
+        if time.monotonic() > deadline:
+            raise Failure(f"timed out after {timeout:.0f} s waiting for "
+                          f"{what() if callable(what) else what}")
+        time.sleep(0.05)
+    return result
+
+
+def check(condition, message):
+    if not condition:
+        raise Failure(message)
+
+
+def step(text):
+    print(f"- {text}", flush=True)
+
+
+class Session:
+    """A private desktop; its processes and folders go on exit, whatever happened."""
+
+    def __init__(self):
+        self.tmp = tempfile.mkdtemp(prefix="marigold-atspi-")
+        self.app_log = self.path("app.log")
+        self._procs = []
+        for name in ("config", "data", "runtime", "tmp"):
+            os.mkdir(self.path(name), 0o700)
+        # The user's bus and folders stay out, and so do Qt choices: a platform theme could
+        # swap Qt's own file dialog for a portal's.
+        for name in [k for k in os.environ if k.startswith(("XDG_", "DBUS_", "AT_SPI", "QT_"))]:
+            del os.environ[name]
+        os.environ.update(XDG_CONFIG_HOME=self.path("config"), XDG_DATA_HOME=self.path("data"),
+                          XDG_RUNTIME_DIR=self.path("runtime"), TMPDIR=self.path("tmp"))
+
+    def path(self, name):
+        return os.path.join(self.tmp, name)
+
+    def spawn(self, args, log=os.devnull, stdout=None, **kwargs):
+        with open(log, "ab") as out:
+            proc = subprocess.Popen(args, stdin=subprocess.DEVNULL, stdout=stdout or out,
+                                    stderr=out, start_new_session=True, **kwargs)
+        self._procs.append(proc)
+        return proc
+
+    def __enter__(self):
+        try:
+            self._start_x()
+            self._start_buses()
+            global pyatspi
+            import pyatspi
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def __exit__(self, *exc):
+        # Each process leads its own group, which also holds whatever it started itself.
+        for proc in reversed(self._procs):
+            for sig in (signal.SIGTERM, signal.SIGKILL):
+                if proc.poll() is None:
+                    os.killpg(proc.pid, sig)
+                    try:
+                        proc.wait(5)
+                    except subprocess.TimeoutExpired:
+                        pass
+        shutil.rmtree(self.tmp, ignore_errors=True)
+
+    def _start_x(self):
+        # Xvfb picks a free display and names it once it takes clients: no race with others.
+        # Without -noreset it resets whenever its last client leaves, and whoever connects
+        # during the reset is refused: the application, at times, on a busy machine.
+        read, write = os.pipe()
+        xvfb = self.spawn(["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x860x24",
+                           "-nolisten", "tcp", "-noreset"], pass_fds=(write,))
+        os.close(write)
+        with os.fdopen(read) as pipe:
+            display = pipe.readline().strip() if select.select([pipe], [], [], TIMEOUT)[0] else ""
+        check(display and xvfb.poll() is None, "the X server did not start")
+        os.environ["DISPLAY"] = f":{display}"
+
+    def _start_buses(self):
+        bus = self.spawn(["dbus-daemon", "--session", "--nofork", "--print-address"],
+                         log=self.path("dbus.log"), stdout=subprocess.PIPE)
+        os.environ["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().decode().strip()
+        check(os.environ["DBUS_SESSION_BUS_ADDRESS"], "the session bus did not start")
+        self.spawn(["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"],
+                   log=self.path("dbus.log"))
+        # Asks who owns the name rather than calling it, which would start a second launcher.
+        owned = lambda: b"true" in subprocess.run(
+            ["dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/",
+             "org.freedesktop.DBus.NameHasOwner", "string:org.a11y.Bus"],
+            capture_output=True).stdout
+        wait_for("the accessibility bus launcher to own org.a11y.Bus", owned)
+
+    def launch(self, binary, *args):
+        env = dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", QT_QPA_PLATFORM="xcb")
+        step(f"start {os.path.basename(binary)} {' '.join(args)}")
+        # Started in the private folder, so that file dialogs open on a small, known listing.
+        return App(self.spawn([binary, *args], log=self.app_log, env=env, cwd=self.tmp))
+
+    def app_stderr(self):
+        with open(self.app_log, "a+", errors="replace") as log:
+            log.seek(0)
+            return log.read()
+
+
+def _matches(name, role, prefix=False):
+    return lambda acc: (acc is not None and acc.getRole() == role and
+                        (acc.name.startswith(name) if prefix else acc.name == name))
+
+
+def _search(acc, test):
+    """Depth first, but not into item views: their rows are content, not controls, and they
+    change under the walk while a folder is listed."""
+    views = (pyatspi.ROLE_LIST, pyatspi.ROLE_TREE, pyatspi.ROLE_TABLE, pyatspi.ROLE_TREE_TABLE)
+    for child in acc:
+        if test(child):
+            return child
+        if child is not None and child.getRole() not in views and (found := _search(child, test)):
+            return found
+    return None
+
+
+class App:
+    """The running application, seen through its accessibility tree."""
+
+    def __init__(self, proc):
+        def registered():
+            check(proc.poll() is None, f"the application exited with status {proc.returncode}")
+            return next((a for a in pyatspi.Registry.getDesktop(0)
+                         if a is not None and a.get_process_id() == proc.pid), None)
+        self.root = wait_for("the application in the AT-SPI registry", registered)
+        # Live reads only: names, states and children change under the flow.
+        self.root.set_cache_mask(pyatspi.Atspi.Cache.NONE)
+        self.window = self.top_level("Marigold", pyatspi.ROLE_FRAME)
+
+    def top_level(self, name, role):
+        """The window or dialog named `name`, once it is shown."""
+        showing = lambda w: _matches(name, role)(w) and w.getState().contains(pyatspi.STATE_SHOWING)
+        return wait_for(f"the {pyatspi.Atspi.role_get_name(role)} {name!r} to show",
+                        lambda: next(filter(showing, self.root), None))
+
+    def find(self, name, role, within=None, prefix=False):
+        what = f"a {pyatspi.Atspi.role_get_name(role)} named {name!r}{'…' if prefix else ''}"
+        return wait_for(what, lambda: _search(within or self.window, _matches(name, role, prefix)))
+
+    def act(self, acc, action="Press"):
+        name = acc.name
+        wait_for(f"{name!r} to be enabled", lambda: acc.getState().contains(pyatspi.STATE_ENABLED))
+        actions = acc.queryAction()
+        names = [actions.getName(i) for i in range(actions.nActions)]
+        check(action in names, f"{name!r} offers {names}, not {action!r}")
+        check(actions.doAction(names.index(action)), f"{name!r} refused {action!r}")
+
+    def menu(self, menu, item, prefix=False):
+        """Picks a menu item by its visible name; returns that name."""
+        entry = self.find(item, pyatspi.ROLE_MENU_ITEM,
+                          self.find(menu, pyatspi.ROLE_MENU_ITEM), prefix)
+        name = entry.name  # read first: acting can rename it, as Undo does
+        step(f"{menu} ▸ {name}")
+        self.act(entry)
+        return name
+
+    def text(self, name, within=None):
+        return self.find(name, pyatspi.ROLE_TEXT, within).queryText().getText(0, -1)
+
+    def wait_text(self, name, expected):
+        wait_for(lambda: f"{name!r} to read {expected!r}; it reads {self.text(name)!r}",
+                 lambda: self.text(name) == expected)
+
+    def type_into(self, name, value, within=None):
+        """Focuses the field, selects what it holds and types over it, key by key."""
+        field = self.find(name, pyatspi.ROLE_TEXT, within)
+        check(field.queryComponent().grabFocus(), f"{name!r} refused the focus")
+        wait_for(f"{name!r} to have the keyboard focus",
+                 lambda: field.getState().contains(pyatspi.STATE_FOCUSED))
+        text = field.queryText()
+        text.addSelection(0, text.characterCount)
+        pyatspi.Registry.generateKeyboardEvent(0, value, pyatspi.KEY_STRING)
+        wait_for(lambda: f"{name!r} to show the typed {value!r}; it shows {text.getText(0, -1)!r}",
+                 lambda: text.getText(0, -1) == value)
+
+    def commit(self, name, value):
+        """Types into the field and presses Return, where Qt reports the edit as finished."""
+        step(f"type {value} into {name!r} and press Return")
+        self.type_into(name, value)
+        pyatspi.Registry.generateKeyboardEvent(RETURN_KEYSYM, None, pyatspi.KEY_SYM)
+
+    def save_as(self, path):
+        """File ▸ Save…, the full path typed into Qt's own file dialog, then its Save button."""
+        self.menu("File", "Save…")
+        dialog = self.top_level("Save", pyatspi.ROLE_DIALOG)
+        step(f"save as {path}")
+        self.type_into("File name:", path, dialog)
+        self.act(self.find("Save", pyatspi.ROLE_PUSH_BUTTON, dialog))
+        wait_for("the Save dialog to close",
+                 lambda: not dialog.getState().contains(pyatspi.STATE_SHOWING))
+
+
+def run(flow):
+    """Runs `flow(session, binary)`, which raises Failure to fail, on a fresh private desktop,
+    and exits with its verdict; a failure tells what it was waiting for and the app's stderr."""
+    started = time.monotonic()
+    try:
+        with Session() as session:
+            try:
+                flow(session, sys.argv[1])
+            except Exception as error:
+                reason = f"FAIL: {error}" if isinstance(error, Failure) else traceback.format_exc()
+                print(f"{reason}\napplication stderr:\n{session.app_stderr()}", file=sys.stderr)
+                raise SystemExit(1)
+    except Failure as error:  # the private desktop did not come up
+        print(f"FAIL: {error}", file=sys.stderr)
+        raise SystemExit(1)
+    print(f"PASS in {time.monotonic() - started:.1f} s")

@@ -1,0 +1,44 @@
+"""What the end-to-end flows check from outside the application: test photos and image sizes
+through ImageMagick, the clipboard through xclip, as another X client would read it."""
+import subprocess
+import urllib.parse
+
+from atspi_app import check
+
+
+def make_photo(path, width=2725, height=2225):
+    """A photo-like JPEG: smooth shading, grain and a crisp edge, so scaling has real work."""
+    mid_x, mid_y = width // 2, height // 2
+    subprocess.run(["convert", "-seed", "7", "-size", f"{width // 5}x{height // 5}",
+                    "plasma:fractal", "-blur", "0x3", "-resize", f"{width}x{height}!",
+                    "-attenuate", "0.4", "+noise", "Gaussian",
+                    "-fill", "none", "-stroke", "#202020", "-strokewidth", "3",
+                    "-draw", f"circle {mid_x},{mid_y} {mid_x},{height // 6}",
+                    "-quality", "90", path], check=True)
+    return path
+
+
+def image_size(path):
+    """"FORMAT WxH" as ImageMagick reads the file."""
+    result = subprocess.run(["identify", "-format", "%m %wx%h\n", path],
+                            capture_output=True, text=True)
+    check(result.returncode == 0, f"identify cannot read {path}: {result.stderr.strip()}")
+    return result.stdout.splitlines()[0]
+
+
+def clipboard(target):
+    """The clipboard's content as `target` (a MIME type, or TARGETS); None if not offered."""
+    result = subprocess.run(["xclip", "-selection", "clipboard", "-t", target, "-o"],
+                            capture_output=True, timeout=10)
+    return result.stdout if result.returncode == 0 else None
+
+
+def clipboard_offers(target):
+    return target.encode() in (clipboard("TARGETS") or b"").split()
+
+
+def clipboard_file():
+    """The local file that the clipboard's text/uri-list names first."""
+    uri = (clipboard("text/uri-list") or b"").decode().splitlines()
+    check(uri, "the clipboard names no file in text/uri-list")
+    return urllib.parse.unquote(urllib.parse.urlparse(uri[0].strip()).path)
