@@ -11,6 +11,7 @@
 
 #include "core/AppController.h"
 #include "core/OutputControls.h"
+#include "core/ValueLabel.h"
 #include "jpeg/InfoController.h"
 #include "output/OutputImageView.h"
 #include "selection/InputImageView.h"
@@ -95,6 +96,9 @@ void MainWindow::_buildPanes() {
     _splitter->setChildrenCollapsible(false);
     _splitter->addWidget(_inputView);
     _splitter->addWidget(_outputScroll);
+    for (int i = 0; i < _splitter->count(); ++i) {
+        _splitter->handle(i)->setAccessibleName(tr("Divider between the panes"));
+    }
     connect(_splitter, &QSplitter::splitterMoved, &_connections, [this] { _previewAfterLayout(); });
 
     _nameField = new QLineEdit(_controller.documentName());
@@ -123,6 +127,8 @@ void MainWindow::_buildPanes() {
     setCentralWidget(central);
     statusBar()->setObjectName(QStringLiteral("statusLine"));
     statusBar()->setAccessibleName(tr("Status"));
+    // Desktop window managers give every window its own resize handles.
+    statusBar()->setSizeGripEnabled(false);
 }
 
 void MainWindow::_buildMenus() {
@@ -188,10 +194,10 @@ void MainWindow::_updateMenus() {
 
 void MainWindow::_showDocument() {
     const Image& image = _controller.document().image();
-    _sizeLabel->setText(image.isNull() ? QString()
-                                       : QStringLiteral("%1 x %2")
-                                             .arg(std::lround(image.size().width))
-                                             .arg(std::lround(image.size().height)));
+    showLabelValue(_sizeLabel, image.isNull() ? QString()
+                                              : QStringLiteral("%1 x %2")
+                                                    .arg(std::lround(image.size().width))
+                                                    .arg(std::lround(image.size().height)));
     _updateMenus();
     if (!image.isNull() && isVisible()) {
         raise();

@@ -6,6 +6,7 @@
 
 #include "core/AppController.h"
 #include "core/NumberText.h"
+#include "core/ValueLabel.h"
 #include "platform/DefaultsKeys.h"
 
 namespace marigold {
@@ -102,7 +103,8 @@ OutputControls::OutputControls(AppController& controller, QWidget* parent)
             [this] { _showResizable(); });
     connect(&_controller, &AppController::inputControlsEnabledChanged, context,
             [this] { _showResizable(); });
-    connect(&_controller, &AppController::filesizeTextChanged, _filesizeLabel, &QLabel::setText);
+    connect(&_controller, &AppController::filesizeTextChanged, context,
+            [this](const QString& text) { showLabelValue(_filesizeLabel, text); });
     _showScale();
     _showPixelSize();
     _showSettings();
@@ -125,8 +127,10 @@ void OutputControls::_showScale() {
 }
 
 void OutputControls::_showPixelSize() {
-    _widthField->setText(QString::number(_controller.pixelWidth()));
-    _heightField->setText(QString::number(_controller.pixelHeight()));
+    // Without an output there is no size to show, rather than a size of 0.
+    const auto shown = [](int pixels) { return pixels > 0 ? QString::number(pixels) : QString(); };
+    _widthField->setText(shown(_controller.pixelWidth()));
+    _heightField->setText(shown(_controller.pixelHeight()));
 }
 
 void OutputControls::_showSettings() {

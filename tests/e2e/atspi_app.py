@@ -211,6 +211,22 @@ class App:
         self.type_into(name, value)
         pyatspi.Registry.generateKeyboardEvent(RETURN_KEYSYM, None, pyatspi.KEY_SYM)
 
+    def drag(self, name, start, end, steps=8):
+        """Drags across the view named `name` from `start` to `end`, given as fractions of its
+        size. xdotool moves the pointer: AT-SPI has no pointer drags."""
+        view = wait_for(f"a view named {name!r}",
+                        lambda: _search(self.window, lambda acc: acc is not None and acc.name == name))
+        box = view.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
+        (x0, y0), (x1, y1) = [(box.x + fx * box.width, box.y + fy * box.height)
+                              for fx, fy in (start, end)]
+        step(f"drag across {name!r} from {start} to {end}")
+        moves = [["mousemove", str(round(x0 + (x1 - x0) * i / steps)),
+                  str(round(y0 + (y1 - y0) * i / steps))] for i in range(steps + 1)]
+        for n, move in enumerate(moves):
+            subprocess.run(["xdotool", *move, *(["mousedown", "1"] if n == 0 else [])], check=True)
+            time.sleep(0.03)
+        subprocess.run(["xdotool", "mouseup", "1"], check=True)
+
     def save_as(self, path):
         """File ▸ Save…, the full path typed into Qt's own file dialog, then its Save button."""
         self.menu("File", "Save…")
