@@ -11,44 +11,9 @@ namespace marigold {
 namespace {
 
 using test::Bytes;
+using test::exifBlock;
 using test::operator+;
-
-// A TIFF structure written by hand in either byte order, for blocks no tool would write.
-struct Tiff {
-    bool mm;
-
-    Bytes u16(std::uint16_t v) const {
-        return mm ? Bytes{std::uint8_t(v >> 8), std::uint8_t(v)}
-                  : Bytes{std::uint8_t(v), std::uint8_t(v >> 8)};
-    }
-    Bytes u32(std::uint32_t v) const {
-        return mm ? u16(std::uint16_t(v >> 16)) + u16(std::uint16_t(v))
-                  : u16(std::uint16_t(v)) + u16(std::uint16_t(v >> 16));
-    }
-    Bytes header(std::uint32_t firstOffset = 8) const {
-        return (mm ? Bytes{'M', 'M'} : Bytes{'I', 'I'}) + u16(0x2A) + u32(firstOffset);
-    }
-    Bytes entry(std::uint16_t tag, std::uint16_t format, std::uint32_t count,
-                const Bytes& field) const {
-        return u16(tag) + u16(format) + u32(count) + field;
-    }
-    Bytes shortEntry(std::uint16_t tag, std::uint16_t v) const {
-        return entry(tag, 3, 1, u16(v) + Bytes{0, 0});
-    }
-    Bytes longEntry(std::uint16_t tag, std::uint32_t v) const { return entry(tag, 4, 1, u32(v)); }
-    Bytes makeEntry() const { return entry(0x010F, 2, 3, Bytes{'a', 'b', 0, 0}); }
-    Bytes ifd(const std::vector<Bytes>& entries, std::uint32_t next = 0) const {
-        Bytes out = u16(std::uint16_t(entries.size()));
-        for (const Bytes& e : entries) out = out + e;
-        return out + u32(next);
-    }
-};
-
-// The APP1 segment data: length bytes, "Exif\0\0", then the TIFF structure.
-Bytes exifBlock(const Bytes& tiff) {
-    const std::size_t length = tiff.size() + 8;
-    return Bytes{std::uint8_t(length >> 8), std::uint8_t(length), 'E', 'x', 'i', 'f', 0, 0} + tiff;
-}
+using test::Tiff;
 
 struct HostileCase {
     const char* name;
@@ -364,8 +329,6 @@ TEST_P(ExifFromExiftool, SingleTagRules) {
         {"iso 50", {"-ISO=50"}, [](const ImageInfo& i) { EXPECT_EQ(i.isoEquivalent, 50); }, ""},
         {"flash off", {"-ExifIFD:Flash#=16"},
          [](const ImageInfo& i) { EXPECT_EQ(i.flashUsed, 0); }, ""},
-        {"flash fired", {"-ExifIFD:Flash#=1"},
-         [](const ImageInfo& i) { EXPECT_EQ(i.flashUsed, 1); }, ""},
         {"no flash tag", {"-Make=x"}, [](const ImageInfo& i) {
              EXPECT_EQ(i.flashUsed, -1);
              EXPECT_EQ(i.meteringMode, -1);
@@ -383,8 +346,6 @@ TEST_P(ExifFromExiftool, SingleTagRules) {
              EXPECT_FLOAT_EQ(i.exposureTime, 1 / 60.0f);
              EXPECT_FLOAT_EQ(i.apertureFNumber, 2.8f);
          }, ""},
-        {"inches", unit("2"),
-         [](const ImageInfo& i) { EXPECT_FLOAT_EQ(i.ccdWidth, 50.8f); }, ""},
         {"micrometres", unit("5"),
          [](const ImageInfo& i) { EXPECT_FLOAT_EQ(i.ccdWidth, 0.002f); }, ""},
         {"unknown unit", unit("7"),

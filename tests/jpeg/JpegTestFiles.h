@@ -32,6 +32,43 @@ inline Bytes operator+(Bytes a, const Bytes& b) {
     return a;
 }
 
+// A TIFF structure written by hand in either byte order, for blocks no tool would write.
+struct Tiff {
+    bool mm;
+
+    Bytes u16(std::uint16_t v) const {
+        return mm ? Bytes{std::uint8_t(v >> 8), std::uint8_t(v)}
+                  : Bytes{std::uint8_t(v), std::uint8_t(v >> 8)};
+    }
+    Bytes u32(std::uint32_t v) const {
+        return mm ? u16(std::uint16_t(v >> 16)) + u16(std::uint16_t(v))
+                  : u16(std::uint16_t(v)) + u16(std::uint16_t(v >> 16));
+    }
+    Bytes header(std::uint32_t firstOffset = 8) const {
+        return (mm ? Bytes{'M', 'M'} : Bytes{'I', 'I'}) + u16(0x2A) + u32(firstOffset);
+    }
+    Bytes entry(std::uint16_t tag, std::uint16_t format, std::uint32_t count,
+                const Bytes& field) const {
+        return u16(tag) + u16(format) + u32(count) + field;
+    }
+    Bytes shortEntry(std::uint16_t tag, std::uint16_t v) const {
+        return entry(tag, 3, 1, u16(v) + Bytes{0, 0});
+    }
+    Bytes longEntry(std::uint16_t tag, std::uint32_t v) const { return entry(tag, 4, 1, u32(v)); }
+    Bytes makeEntry() const { return entry(0x010F, 2, 3, Bytes{'a', 'b', 0, 0}); }
+    Bytes ifd(const std::vector<Bytes>& entries, std::uint32_t next = 0) const {
+        Bytes out = u16(std::uint16_t(entries.size()));
+        for (const Bytes& e : entries) out = out + e;
+        return out + u32(next);
+    }
+};
+
+// The APP1 segment data: length bytes, "Exif\0\0", then the TIFF structure.
+inline Bytes exifBlock(const Bytes& tiff) {
+    const std::size_t length = tiff.size() + 8;
+    return Bytes{std::uint8_t(length >> 8), std::uint8_t(length), 'E', 'x', 'i', 'f', 0, 0} + tiff;
+}
+
 // A file as a list of marker segments up to the start of scan, then the rest.
 struct JpegLayout {
     struct Segment {
