@@ -100,6 +100,9 @@ TEST(OrientationInPlace, MalformedStructuresAnswerZero) {
     Bytes shortLength = file(good);
     shortLength[5] = 7;
     EXPECT_EQ(getOrientation(shortLength), 0) << "segment length below 8";
+    Bytes app0First = file(good);
+    app0First[3] = 0xE0;
+    EXPECT_EQ(getOrientation(app0First), 0) << "the same block as an APP0 segment";
     EXPECT_EQ(getOrientation(file(Bytes(good.begin(), good.begin() + 11))), 0)
         << "TIFF under 12 bytes";
 }
