@@ -1,4 +1,3 @@
-#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
@@ -12,44 +11,9 @@ namespace marigold {
 namespace {
 
 using test::Bytes;
+using test::exifBlock;
 using test::operator+;
-
-// A TIFF structure written by hand in either byte order, for blocks no tool would write.
-struct Tiff {
-    bool mm;
-
-    Bytes u16(std::uint16_t v) const {
-        return mm ? Bytes{std::uint8_t(v >> 8), std::uint8_t(v)}
-                  : Bytes{std::uint8_t(v), std::uint8_t(v >> 8)};
-    }
-    Bytes u32(std::uint32_t v) const {
-        return mm ? u16(std::uint16_t(v >> 16)) + u16(std::uint16_t(v))
-                  : u16(std::uint16_t(v)) + u16(std::uint16_t(v >> 16));
-    }
-    Bytes header(std::uint32_t firstOffset = 8) const {
-        return (mm ? Bytes{'M', 'M'} : Bytes{'I', 'I'}) + u16(0x2A) + u32(firstOffset);
-    }
-    Bytes entry(std::uint16_t tag, std::uint16_t format, std::uint32_t count,
-                const Bytes& field) const {
-        return u16(tag) + u16(format) + u32(count) + field;
-    }
-    Bytes shortEntry(std::uint16_t tag, std::uint16_t v) const {
-        return entry(tag, 3, 1, u16(v) + Bytes{0, 0});
-    }
-    Bytes longEntry(std::uint16_t tag, std::uint32_t v) const { return entry(tag, 4, 1, u32(v)); }
-    Bytes makeEntry() const { return entry(0x010F, 2, 3, Bytes{'a', 'b', 0, 0}); }
-    Bytes ifd(const std::vector<Bytes>& entries, std::uint32_t next = 0) const {
-        Bytes out = u16(std::uint16_t(entries.size()));
-        for (const Bytes& e : entries) out = out + e;
-        return out + u32(next);
-    }
-};
-
-// The APP1 segment data: length bytes, "Exif\0\0", then the TIFF structure.
-Bytes exifBlock(const Bytes& tiff) {
-    const std::size_t length = tiff.size() + 8;
-    return Bytes{std::uint8_t(length >> 8), std::uint8_t(length), 'E', 'x', 'i', 'f', 0, 0} + tiff;
-}
+using test::Tiff;
 
 struct HostileCase {
     const char* name;
@@ -138,19 +102,6 @@ INSTANTIATE_TEST_SUITE_P(ExifBlocks, ExifHostileBlock, ::testing::Values(
     [](const auto& info) { return info.param.name; });
 // clang-format on
 
-TEST(ExifHostileBlock, TagDisplayNotesAThumbnailCutOffByAnOlderTool) {
-    const Tiff t{false};
-    Bytes block = exifBlock(t.header() + t.ifd({t.makeEntry()}, 8 + 18 + 4));
-    JpegContext context;
-    test::CapturedStreams streams(context);
-    context.setShowTags(true);
-    context.processExif(block);
-    EXPECT_EQ(streams.out(), "Thumbnail removed by an older tool\n");
-    context.removeThumbnail(block);
-    EXPECT_EQ(streams.out(), "Thumbnail removed by an older tool\n") << "quiet while removing";
-    EXPECT_EQ(streams.err(), "");
-}
-
 // Numbers no camera writes must still convert without undefined behaviour.
 TEST(ExifHostileBlock, ExtremeNumbersConvertSafely) {
     for (const bool mm : {false, true}) {
@@ -182,12 +133,10 @@ TEST(ExifHostileBlock, ExtremeNumbersConvertSafely) {
 // Every prefix of a real block parses to a subset of what the whole block gives.
 TEST(ExifHostileBlock, CutBlocksYieldOnlyWholeValues) {
     QTemporaryDir dir;
-    const std::string path = test::makeJpeg(dir.path(), "cut.jpg");
-    const std::string thumb = test::makeJpeg(dir.path(), "t.jpg", "16x12");
-    test::exiftool({"-q", "-overwrite_original", "-ExifByteOrder=MM", "-Make=Cutter",
-                    "-Model=Cut 1", "-ISO=200", "-ExposureTime=1/30", "-Orientation#=3",
-                    "-FocalLength=50", QString::fromStdString("-ThumbnailImage<=" + thumb),
-                    QString::fromStdString(path)});
+    const std::string path = test::makeJpeg(
+        dir.path(), "cut.jpg",
+        {"-ExifByteOrder=MM", "-Make=Cutter", "-Model=Cut 1", "-ISO=200", "-ExposureTime=1/30",
+         "-Orientation#=3", "-FocalLength=50", test::thumbnailTag(dir.path())});
     const test::JpegLayout layout = test::scanJpeg(test::readBytes(path));
     ASSERT_NE(layout.first(0xE1), nullptr);
     Bytes whole = layout.first(0xE1)->data;
@@ -294,38 +243,21 @@ TEST(ExifThumbnail, ANonExifBlockEditsTheDirectoryRememberedFromTheLastValidOne)
 // what exiftool itself reads.
 class ExifFromExiftool : public ::testing::TestWithParam<const char*> {
 protected:
-    std::string tagged(const QStringList& args, const QString& name = "tagged.jpg") {
-        const std::string path = test::makeJpeg(dir.path(), name);
-        test::exiftool(
-            QStringList{"-q", "-overwrite_original", QString("-ExifByteOrder=") + GetParam()} +
-            args + QStringList{QString::fromStdString(path)});
-        return path;
+    std::string tagged(const QStringList& args) {
+        return test::makeJpeg(dir.path(), "tagged.jpg",
+                              QStringList{QString("-ExifByteOrder=") + GetParam()} + args);
     }
     QTemporaryDir dir;
 };
 
 TEST_P(ExifFromExiftool, RecordMatchesWhatExiftoolReads) {
-    const std::string thumb = test::makeJpeg(dir.path(), "thumb.jpg", "16x12");
-    const std::string path = tagged({"-Make=Marigold Cam",
-                                     "-Model=M 1",
-                                     "-DateTimeOriginal=2021:06:05 14:30:15",
-                                     "-ExposureTime=1/250",
-                                     "-FNumber=5.6",
-                                     "-ISO=400",
-                                     "-FocalLength=35",
-                                     "-ExifIFD:Flash#=25",
-                                     "-Orientation#=6",
-                                     "-MeteringMode#=5",
-                                     "-LightSource#=4",
-                                     "-ExposureProgram#=2",
-                                     "-ExposureCompensation=-0.7",
-                                     "-SubjectDistance=3.5",
-                                     "-FocalPlaneXResolution=2000",
-                                     "-FocalPlaneResolutionUnit#=3",
-                                     "-ExifImageWidth=3000",
-                                     "-ExifImageHeight=4000",
-                                     "-Comment=line one\r\nline two",
-                                     QString::fromStdString("-ThumbnailImage<=" + thumb)});
+    const std::string path = tagged(
+        {"-Make=Marigold Cam", "-Model=M 1", "-DateTimeOriginal=2021:06:05 14:30:15",
+         "-ExposureTime=1/250", "-FNumber=5.6", "-ISO=400", "-FocalLength=35",
+         "-ExifIFD:Flash#=25", "-Orientation#=6", "-MeteringMode#=5", "-LightSource#=4",
+         "-ExposureProgram#=2", "-ExposureCompensation=-0.7", "-SubjectDistance=3.5",
+         "-FocalPlaneXResolution=2000", "-FocalPlaneResolutionUnit#=3", "-ExifImageWidth=3000",
+         "-ExifImageHeight=4000", "-Comment=line one\r\nline two", test::thumbnailTag(dir.path())});
     const QJsonObject json = test::exiftoolJson(path);
     ASSERT_EQ(json["File:ExifByteOrder"].toString(), GetParam());
 
@@ -385,75 +317,47 @@ struct Variation {
 
 TEST_P(ExifFromExiftool, SingleTagRules) {
     const QString commentFile = dir.filePath("comment.bin");
-    {
-        QFile file(commentFile);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray("one\r\ntwo\0three\rfour", 19));
-    }
+    test::writeFile(commentFile, QByteArray("one\r\ntwo\0three\rfour", 19));
+    const auto unit = [](const char* code) {
+        return QStringList{"-FocalPlaneXResolution=1000", "-ExifImageWidth=2000",
+                           QString("-FocalPlaneResolutionUnit#=") + code};
+    };
+    // clang-format off
     const Variation variations[] = {
-        {"iso code 3", {"-ISO=3"}, [](const ImageInfo& i) { EXPECT_EQ(i.isoEquivalent, 600); }, ""},
+        // Below 50 the value is a speed code, times 200.
         {"iso 49", {"-ISO=49"}, [](const ImageInfo& i) { EXPECT_EQ(i.isoEquivalent, 9800); }, ""},
         {"iso 50", {"-ISO=50"}, [](const ImageInfo& i) { EXPECT_EQ(i.isoEquivalent, 50); }, ""},
-        {"iso 100", {"-ISO=100"}, [](const ImageInfo& i) { EXPECT_EQ(i.isoEquivalent, 100); }, ""},
-        {"flash off",
-         {"-ExifIFD:Flash#=16"},
-         [](const ImageInfo& i) { EXPECT_EQ(i.flashUsed, 0); },
-         ""},
-        {"flash fired",
-         {"-ExifIFD:Flash#=1"},
-         [](const ImageInfo& i) { EXPECT_EQ(i.flashUsed, 1); },
-         ""},
-        {"no flash tag",
-         {"-Make=x"},
-         [](const ImageInfo& i) {
+        {"flash off", {"-ExifIFD:Flash#=16"},
+         [](const ImageInfo& i) { EXPECT_EQ(i.flashUsed, 0); }, ""},
+        {"no flash tag", {"-Make=x"}, [](const ImageInfo& i) {
              EXPECT_EQ(i.flashUsed, -1);
              EXPECT_EQ(i.meteringMode, -1);
              EXPECT_EQ(i.thumbnailLocation, nullptr);
-         },
-         ""},
-        {"orientation 9",
-         {"-Orientation#=9"},
-         [](const ImageInfo& i) { EXPECT_EQ(i.orientation, 0); },
-         "Undefined rotation value 9"},
-        {"apex values",
-         {"-ShutterSpeedValue=0.008", "-ApertureValue=4"},
-         [](const ImageInfo& i) {
+         }, ""},
+        {"orientation 9", {"-Orientation#=9"},
+         [](const ImageInfo& i) { EXPECT_EQ(i.orientation, 0); }, "Undefined rotation value 9"},
+        {"apex values", {"-ShutterSpeedValue=0.008", "-ApertureValue=4"}, [](const ImageInfo& i) {
              EXPECT_NEAR(i.exposureTime, 0.008, 1e-6);
              EXPECT_NEAR(i.apertureFNumber, 4, 1e-5);
-         },
-         ""},
+         }, ""},
         {"direct values win",
          {"-ExposureTime=1/60", "-FNumber=2.8", "-ShutterSpeedValue=0.008", "-ApertureValue=4"},
          [](const ImageInfo& i) {
              EXPECT_FLOAT_EQ(i.exposureTime, 1 / 60.0f);
              EXPECT_FLOAT_EQ(i.apertureFNumber, 2.8f);
-         },
-         ""},
-        {"inches",
-         {"-FocalPlaneXResolution=1000", "-FocalPlaneResolutionUnit#=2", "-ExifImageWidth=2000"},
-         [](const ImageInfo& i) { EXPECT_FLOAT_EQ(i.ccdWidth, 50.8f); },
-         ""},
-        {"micrometres",
-         {"-FocalPlaneXResolution=1000", "-FocalPlaneResolutionUnit#=5", "-ExifImageWidth=2000"},
-         [](const ImageInfo& i) { EXPECT_FLOAT_EQ(i.ccdWidth, 0.002f); },
-         ""},
-        {"unknown unit",
-         {"-FocalPlaneXResolution=1000", "-FocalPlaneResolutionUnit#=7", "-ExifImageWidth=2000"},
-         [](const ImageInfo& i) { EXPECT_EQ(i.ccdWidth, 0.0f); },
-         ""},
-        {"user comment alone",
-         {"-UserComment=from the camera"},
-         [](const ImageInfo& i) { EXPECT_EQ(i.comments, "from the camera"); },
-         ""},
-        {"comment with CR LF, NUL and a lone CR",
-         {"-Comment<=" + commentFile},
-         [](const ImageInfo& i) { EXPECT_EQ(i.comments, "one\ntwo?three?four"); },
-         ""},
-        {"comment segment wins",
-         {"-UserComment=from the camera", "-Comment=typed"},
-         [](const ImageInfo& i) { EXPECT_EQ(i.comments, "typed"); },
-         ""},
+         }, ""},
+        {"micrometres", unit("5"),
+         [](const ImageInfo& i) { EXPECT_FLOAT_EQ(i.ccdWidth, 0.002f); }, ""},
+        {"unknown unit", unit("7"),
+         [](const ImageInfo& i) { EXPECT_EQ(i.ccdWidth, 0.0f); }, ""},
+        {"user comment alone", {"-UserComment=from the camera"},
+         [](const ImageInfo& i) { EXPECT_EQ(i.comments, "from the camera"); }, ""},
+        {"comment with CR LF, NUL and a lone CR", {"-Comment<=" + commentFile},
+         [](const ImageInfo& i) { EXPECT_EQ(i.comments, "one\ntwo?three?four"); }, ""},
+        {"comment segment wins", {"-UserComment=from the camera", "-Comment=typed"},
+         [](const ImageInfo& i) { EXPECT_EQ(i.comments, "typed"); }, ""},
     };
+    // clang-format on
     for (const Variation& v : variations) {
         SCOPED_TRACE(v.name);
         const std::string path = tagged(v.args);

@@ -10,9 +10,6 @@ using test::Bytes;
 using test::JpegLayout;
 using test::operator+;
 
-const Bytes kJfif300{0xFF, 0xE0, 0x00, 0x10, 'J',  'F',  'I',  'F',  0x00,
-                     0x01, 0x01, 0x01, 0x01, 0x2C, 0x01, 0x2C, 0x00, 0x00};
-
 // The entry count of the thumbnail directory (IFD1) of an APP1 segment's data, and where
 // that directory starts, read here without the code under test.
 struct Ifd1 {
@@ -56,16 +53,10 @@ Bytes withMarker(const JpegLayout::Segment* s) {
 class TransplantTest : public ::testing::Test {
 protected:
     std::string path(const QString& name) const { return dir.filePath(name).toStdString(); }
-    void tag(const std::string& file, const QStringList& args) {
-        test::exiftool(QStringList{"-q", "-overwrite_original"} + args +
-                       QStringList{QString::fromStdString(file)});
-    }
     // The encoder's output stand-in: a different picture carrying its own JFIF, EXIF and comment.
     std::string target() {
-        const std::string file =
-            test::makeJpeg(dir.path(), "out.jpg", "80x60", "gradient:green-yellow");
-        tag(file, {"-Artist=Target", "-Comment=target comment"});
-        return file;
+        return test::makeJpeg(dir.path(), "out.jpg", {"-Artist=Target", "-Comment=target comment"},
+                              "80x60", "gradient:green-yellow");
     }
     static bool sameDecodedPixels(const std::string& a, const std::string& b) {
         QProcess compare;
@@ -92,15 +83,15 @@ class TransplantByteOrder : public TransplantTest,
                             public ::testing::WithParamInterface<const char*> {};
 
 TEST_P(TransplantByteOrder, CarriesTheSourceBlockWithoutThumbnailPointers) {
-    const std::string source = test::makeJpeg(dir.path(), "source.jpg");
-    const std::string thumb = test::makeJpeg(dir.path(), "thumb.jpg", "16x12");
-    tag(source, {QString("-ExifByteOrder=") + GetParam(), "-Make=Marigold Cam", "-Model=M 1",
-                 "-Orientation#=6", "-ISO=400", "-Comment=source comment",
-                 QString::fromStdString("-ThumbnailImage<=" + thumb)});
+    const std::string source = test::makeJpeg(
+        dir.path(), "source.jpg",
+        {QString("-ExifByteOrder=") + GetParam(), "-Make=Marigold Cam", "-Model=M 1",
+         "-Orientation#=6", "-ISO=400", "-Comment=source comment", test::thumbnailTag(dir.path())});
     const std::string out = target();
     const JpegLayout src = test::scanJpeg(test::readBytes(source));
     const JpegLayout tgt = test::scanJpeg(test::readBytes(out));
     QFile::copy(QString::fromStdString(out), dir.filePath("encoded.jpg"));
+    test::writeBytes(out + ".t", Bytes{'o', 'l', 'd'});  // a backup left by an earlier run
 
     JpegContext context;
     test::CapturedStreams streams(context);
@@ -160,15 +151,14 @@ TEST_F(TransplantTest, WithoutAnExifBlockTheOutputGetsTheJfifHeader) {
                  {"nothing", {}, false}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const std::string source = test::makeJpeg(dir.path(), "plain.jpg");
-        if (!c.tags.isEmpty()) tag(source, c.tags);
+        const std::string source = test::makeJpeg(dir.path(), "plain.jpg", c.tags);
         const std::string out = target();
         const JpegLayout tgt = test::scanJpeg(test::readBytes(out));
         const JpegLayout src = test::scanJpeg(test::readBytes(source));
 
         JpegContext context;
         ASSERT_TRUE(context.copyExif(source, out));
-        const Bytes expected = Bytes{0xFF, 0xD8} + kJfif300 +
+        const Bytes expected = Bytes{0xFF, 0xD8} + test::kJfif300 +
                                (c.comment ? withMarker(src.first(0xFE)) : Bytes{}) +
                                keptOfTarget(tgt);
         EXPECT_EQ(test::readBytes(out), expected);
@@ -177,12 +167,10 @@ TEST_F(TransplantTest, WithoutAnExifBlockTheOutputGetsTheJfifHeader) {
 }
 
 TEST_F(TransplantTest, OnlyTheFirstExifBlockIsCarriedAndXmpIsDropped) {
-    const std::string first = test::makeJpeg(dir.path(), "first.jpg");
-    const std::string second = test::makeJpeg(dir.path(), "second.jpg");
-    const std::string thumb = test::makeJpeg(dir.path(), "thumb.jpg", "16x12");
-    const QString thumbArg = QString::fromStdString("-ThumbnailImage<=" + thumb);
-    tag(first, {"-Make=First", thumbArg});
-    tag(second, {"-Make=Second", "-XMP-dc:Title=Dropped", thumbArg});
+    const QString thumbnail = test::thumbnailTag(dir.path());
+    const std::string first = test::makeJpeg(dir.path(), "first.jpg", {"-Make=First", thumbnail});
+    const std::string second = test::makeJpeg(dir.path(), "second.jpg",
+                                              {"-Make=Second", "-XMP-dc:Title=Dropped", thumbnail});
     const JpegLayout one = test::scanJpeg(test::readBytes(first));
     const JpegLayout two = test::scanJpeg(test::readBytes(second));
     Bytes extra;
@@ -206,21 +194,9 @@ TEST_F(TransplantTest, OnlyTheFirstExifBlockIsCarriedAndXmpIsDropped) {
     EXPECT_FALSE(json.contains("XMP-dc:Title"));
 }
 
-TEST_F(TransplantTest, ALeftoverBackupIsReplacedAndRemoved) {
-    const std::string source = test::makeJpeg(dir.path(), "source.jpg");
-    tag(source, {"-Make=Leftover"});
-    const std::string out = target();
-    test::writeBytes(out + ".t", Bytes{'o', 'l', 'd'});
-    JpegContext context;
-    ASSERT_TRUE(context.copyExif(source, out));
-    EXPECT_FALSE(QFile::exists(QString::fromStdString(out + ".t")));
-    EXPECT_EQ(test::exiftoolJson(out)["IFD0:Make"].toString(), "Leftover");
-}
-
 // Every failure before the write leaves the encoder's file exactly as it was.
 TEST_F(TransplantTest, FailuresLeaveTheTargetUntouched) {
-    const std::string good = test::makeJpeg(dir.path(), "good.jpg");
-    tag(good, {"-Make=Good"});
+    const std::string good = test::makeJpeg(dir.path(), "good.jpg", {"-Make=Good"});
     const std::string png = path("source.png");
     test::runTool("convert", {"-size", "8x8", "xc:red", QString::fromStdString(png)});
     const Bytes encoded = test::readBytes(target());
@@ -268,10 +244,9 @@ TEST_F(TransplantTest, FailuresLeaveTheTargetUntouched) {
 }
 
 TEST_F(TransplantTest, InMemoryGivesTheSameBytesAsOnDisk) {
-    const std::string source = test::makeJpeg(dir.path(), "source.jpg");
-    const std::string thumb = test::makeJpeg(dir.path(), "thumb.jpg", "16x12");
-    tag(source,
-        {"-Make=Memory", "-Comment=kept", QString::fromStdString("-ThumbnailImage<=" + thumb)});
+    const std::string source = test::makeJpeg(dir.path(), "source.jpg",
+                                              {"-Make=Memory", "-Comment=kept",
+                                               test::thumbnailTag(dir.path())});
     const std::string out = target();
     const Bytes sourceBytes = test::readBytes(source), targetBytes = test::readBytes(out);
 

@@ -2,68 +2,22 @@
 
 #include <gtest/gtest.h>
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
-#include <QStringList>
-
-#include <cstdint>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <vector>
 
 #include "jpeg/JpegContext.h"
+#include "support/ToolsAndFiles.h"
 
-// Shared by the JPEG section, EXIF and orientation tests: real files made by ImageMagick
-// and tagged by exiftool, a JPEG layout read independently of the code under test, and
-// the context's messages captured.
+// Shared by the JPEG section, EXIF and orientation tests: segments built by hand, a JPEG
+// layout read independently of the code under test, and the context's messages captured.
 namespace marigold::test {
 
-using Bytes = std::vector<std::uint8_t>;
+// The header the writer puts in when no APP0 or APP1 comes first: JFIF 1.1 at 300 dpi.
+inline const Bytes kJfif300{0xFF, 0xE0, 0x00, 0x10, 'J',  'F',  'I',  'F',  0x00,
+                            0x01, 0x01, 0x01, 0x01, 0x2C, 0x01, 0x2C, 0x00, 0x00};
 
-inline Bytes readBytes(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), {});
-}
-
-inline void writeBytes(const std::string& path, const Bytes& bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
-}
-
-inline QByteArray runToolBytes(const QString& program, const QStringList& args) {
-    QProcess process;
-    process.start(program, args);
-    const bool finished = process.waitForFinished(60000);
-    EXPECT_TRUE(finished && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
-        << qPrintable(program) << " " << qPrintable(args.join(' ')) << ": "
-        << process.readAllStandardError().toStdString();
-    return process.readAllStandardOutput();
-}
-
-inline QString runTool(const QString& program, const QStringList& args) {
-    return QString::fromUtf8(runToolBytes(program, args));
-}
-
-inline QString exiftool(const QStringList& args) {
-    return runTool("exiftool", args);
-}
-
-// Tag values as exiftool reads them: numbers unconverted, keys "Group:Tag".
-inline QJsonObject exiftoolJson(const std::string& path) {
-    const QString json = exiftool({"-j", "-n", "-a", "-G1", QString::fromStdString(path)});
-    return QJsonDocument::fromJson(json.toUtf8()).array().at(0).toObject();
-}
-
-// A small colour JPEG with ImageMagick's JFIF header and no EXIF.
-inline std::string makeJpeg(const QString& dir, const QString& name, const QString& size = "64x48",
-                            const QString& picture = "gradient:red-blue") {
-    const QString path = dir + "/" + name;
-    runTool("convert", {"-size", size, picture, "-quality", "90", path});
-    return path.toStdString();
+// The exiftool argument that gives a file a 16 x 12 EXIF thumbnail, made in `dir`.
+inline QString thumbnailTag(const QString& dir) {
+    return QString::fromStdString("-ThumbnailImage<=" + makeJpeg(dir, "thumb.jpg", {}, "16x12"));
 }
 
 inline Bytes segment(std::uint8_t marker, const Bytes& payload) {
@@ -76,6 +30,43 @@ inline Bytes segment(std::uint8_t marker, const Bytes& payload) {
 inline Bytes operator+(Bytes a, const Bytes& b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
+}
+
+// A TIFF structure written by hand in either byte order, for blocks no tool would write.
+struct Tiff {
+    bool mm;
+
+    Bytes u16(std::uint16_t v) const {
+        return mm ? Bytes{std::uint8_t(v >> 8), std::uint8_t(v)}
+                  : Bytes{std::uint8_t(v), std::uint8_t(v >> 8)};
+    }
+    Bytes u32(std::uint32_t v) const {
+        return mm ? u16(std::uint16_t(v >> 16)) + u16(std::uint16_t(v))
+                  : u16(std::uint16_t(v)) + u16(std::uint16_t(v >> 16));
+    }
+    Bytes header(std::uint32_t firstOffset = 8) const {
+        return (mm ? Bytes{'M', 'M'} : Bytes{'I', 'I'}) + u16(0x2A) + u32(firstOffset);
+    }
+    Bytes entry(std::uint16_t tag, std::uint16_t format, std::uint32_t count,
+                const Bytes& field) const {
+        return u16(tag) + u16(format) + u32(count) + field;
+    }
+    Bytes shortEntry(std::uint16_t tag, std::uint16_t v) const {
+        return entry(tag, 3, 1, u16(v) + Bytes{0, 0});
+    }
+    Bytes longEntry(std::uint16_t tag, std::uint32_t v) const { return entry(tag, 4, 1, u32(v)); }
+    Bytes makeEntry() const { return entry(0x010F, 2, 3, Bytes{'a', 'b', 0, 0}); }
+    Bytes ifd(const std::vector<Bytes>& entries, std::uint32_t next = 0) const {
+        Bytes out = u16(std::uint16_t(entries.size()));
+        for (const Bytes& e : entries) out = out + e;
+        return out + u32(next);
+    }
+};
+
+// The APP1 segment data: length bytes, "Exif\0\0", then the TIFF structure.
+inline Bytes exifBlock(const Bytes& tiff) {
+    const std::size_t length = tiff.size() + 8;
+    return Bytes{std::uint8_t(length >> 8), std::uint8_t(length), 'E', 'x', 'i', 'f', 0, 0} + tiff;
 }
 
 // A file as a list of marker segments up to the start of scan, then the rest.

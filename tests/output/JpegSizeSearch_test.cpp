@@ -84,17 +84,6 @@ TEST(JpegSizeSearch, EndsWithoutWritingWhenNothingFitsOrNothingIsTried) {
     }
 }
 
-TEST(JpegSizeSearch, EveryStepLowersTheQualityUntilItRunsOut) {
-    // Nothing ever fits: every quality from 100 down is visited at most once.
-    ScriptedEncoder encoder;
-    for (int q = 0; q <= 100; ++q) encoder.sizes[q] = 1'000'000 + q * 5000;
-    std::vector<JpegAttempt> trace;
-    EXPECT_FALSE(searchJpegQuality(100, 100, std::ref(encoder), &trace));
-    for (size_t i = 1; i < trace.size(); ++i) EXPECT_LT(trace[i].quality, trace[i - 1].quality);
-    EXPECT_LE(trace.size(), 10u);
-    EXPECT_EQ(encoder.writes, 0);
-}
-
 TEST(JpegSizeSearch, StoppingAtThreeTimesTheLimitChangesNoStep) {
     for (int limitKB : {10, 50, 100, 777, 9990}) {
         // A walk through far over, just over and just under three times the limit:

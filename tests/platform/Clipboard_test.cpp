@@ -9,9 +9,9 @@
 #include <QMimeData>
 #include <QUrl>
 #include <cstdlib>
-#include <functional>
 
 #include "support/TestImages.h"
+#include "support/ToolsAndFiles.h"
 
 namespace marigold {
 namespace {
@@ -95,8 +95,7 @@ TEST_F(ClipboardTest, OutputCarriesPixelsAndTheFileForFileManagers) {
 
     // The PNG and TIFF bytes are real files of the output, decoded here by libvips.
     for (const char* format : {"image/png", "image/tiff"}) {
-        const QByteArray bytes = data->data(format);
-        const vips::VImage decoded = vips::VImage::new_from_buffer(bytes.constData(), bytes.size(), "");
+        const vips::VImage decoded = test::vipsDecode(data->data(format));
         EXPECT_EQ(decoded.bands(), 3) << format << ": opaque output needs no alpha";
         EXPECT_EQ(test::difference(decoded, output.pixels().extract_band(
                                                 0, vips::VImage::option()->set("n", 3)))
@@ -126,62 +125,39 @@ TEST_F(ClipboardTest, PastedImageHasOnePointPerPixel) {
     const QImage source = sourceImage(QImage::Format_RGB32, false);
     const QByteArray png = encoded(source, "PNG");
     const QByteArray tiff = tiffAt300Dpi(Image::fromQImage(source));
-    // The fixtures do declare 300 dpi, or the test would prove nothing.
-    for (const QByteArray& bytes : {png, tiff}) {
-        const vips::VImage header =
-            vips::VImage::new_from_buffer(bytes.constData(), bytes.size(), "");
-        ASSERT_NEAR(header.xres(), 11.811, 0.01);
-    }
     struct Case {
-        const char* name;
-        std::function<QMimeData*()> make;
-    } cases[] = {
-        {"qt image",
-         [&] {
-             auto* d = new QMimeData;
-             d->setImageData(source);
-             return d;
-         }},
-        {"png bytes",
-         [&] {
-             auto* d = new QMimeData;
-             d->setData("image/png", png);
-             return d;
-         }},
-        {"tiff bytes",
-         [&] {
-             auto* d = new QMimeData;
-             d->setData("image/tiff", tiff);
-             return d;
-         }},
-    };
+        const char* format;  // none: Qt's own image data
+        QByteArray bytes;
+    } cases[] = {{nullptr, {}}, {"image/png", png}, {"image/tiff", tiff}};
     for (const Case& c : cases) {
-        put(c.make());
+        SCOPED_TRACE(c.format ? c.format : "qt image");
+        auto* data = new QMimeData;
+        if (c.format) {
+            // The fixture does declare 300 dpi, or the case would prove nothing.
+            ASSERT_NEAR(test::vipsDecode(c.bytes).xres(), 11.811, 0.01);
+            data->setData(c.format, c.bytes);
+        } else {
+            data->setImageData(source);
+        }
+        put(data);
         const std::optional<Image> pasted = imageFromClipboard();
-        ASSERT_TRUE(pasted) << c.name;
-        EXPECT_EQ(pasted->size(), (SizeF{37, 21})) << c.name;
+        ASSERT_TRUE(pasted);
+        EXPECT_EQ(pasted->size(), (SizeF{37, 21}));
         expectSamePixels(*pasted, source);
     }
 }
 
 TEST_F(ClipboardTest, NoImageMeansNothing) {
-    QByteArray png = encoded(sourceImage(QImage::Format_RGB32, false), "PNG");
-    struct Case {
-        const char* name;
-        std::function<void(QMimeData*)> fill;
-    } cases[] = {
-        {"empty", [](QMimeData*) {}},
-        {"text only", [](QMimeData* d) { d->setText("just words"); }},
-        {"file list only", [](QMimeData* d) { d->setUrls({QUrl::fromLocalFile("/etc/hosts")}); }},
-        {"garbage png", [](QMimeData* d) { d->setData("image/png", "not a png"); }},
-        {"truncated png", [&](QMimeData* d) { d->setData("image/png", png.left(png.size() / 2)); }},
-        {"empty tiff", [](QMimeData* d) { d->setData("image/tiff", {}); }},
-    };
-    for (const Case& c : cases) {
+    const QByteArray png = encoded(sourceImage(QImage::Format_RGB32, false), "PNG");
+    const std::pair<const char*, QByteArray> cases[] = {
+        {"text/plain", "just words"}, {"text/uri-list", "file:///etc/hosts\r\n"},
+        {"image/png", "not a png"},   {"image/png", png.left(png.size() / 2)},
+        {"image/tiff", {}},           {nullptr, {}}};
+    for (const auto& [format, bytes] : cases) {
         auto* data = new QMimeData;
-        c.fill(data);
+        if (format) data->setData(format, bytes);
         put(data);
-        EXPECT_FALSE(imageFromClipboard()) << c.name;
+        EXPECT_FALSE(imageFromClipboard()) << (format ? format : "empty") << " " << bytes.size();
     }
     QGuiApplication::clipboard()->clear();
     EXPECT_FALSE(imageFromClipboard()) << "cleared";
