@@ -6,7 +6,6 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QMimeData>
-#include <QProcess>
 #include <QUrl>
 
 #include <unistd.h>
@@ -14,34 +13,21 @@
 #include "platform/Clipboard.h"
 #include "platform/DefaultsKeys.h"
 #include "support/ControllerFixture.h"
+#include "support/ToolsAndFiles.h"
 
 namespace marigold {
 namespace {
 
 using namespace keys;
 
-vips::VImage decoded(const QString& path) {
-    return vips::VImage::new_from_file(path.toLocal8Bit().constData()).copy_memory();
-}
+using test::exiftool;
+using test::exiftoolTag;
 
-QByteArray contents(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
+vips::VImage decoded(const QString& path) { return test::vipsDecode(test::readFile(path)); }
 
-// One tag as exiftool reads it from `path` (numbers as numbers).
-QString exiftoolTag(const QString& path, const char* tag) {
-    QProcess tool;
-    tool.start(QStringLiteral("exiftool"),
-               {QStringLiteral("-s3"), QStringLiteral("-n"), QLatin1Char('-') + QLatin1String(tag), path});
-    tool.waitForFinished();
-    return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
-}
-
-void exiftool(const QString& arguments, const QString& path) {
-    ASSERT_EQ(std::system(qPrintable(
-                  QStringLiteral("exiftool -q -overwrite_original %1 '%2'").arg(arguments, path))),
-              0);
+// One tag as exiftool reads it from `path`, numbers as numbers.
+QString tagIn(const QString& path, const char* tag) {
+    return exiftool({"-s3", "-n", QLatin1Char('-') + QLatin1String(tag), path}).trimmed();
 }
 
 class OutputCommands : public AppControllerTest {};
@@ -128,15 +114,12 @@ TEST_F(OutputCommands, SavingWritesTheFormatsExtensionInTheChosenFolderReplacing
     ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("Pictures")));
     const QString target = dir.filePath(QStringLiteral("Pictures/picture.png"));
     const QString otherName = dir.filePath(QStringLiteral("link-to-old"));
-    QFile old(target);
-    ASSERT_TRUE(old.open(QIODevice::WriteOnly));
-    old.write("the old file");
-    old.close();
+    test::writeFile(target, "the old file");
     // A second name for the old file keeps seeing the old bytes: the new file was renamed
     // into place, not written into the old one (which a crash half-way would have ruined).
     ASSERT_EQ(::link(qPrintable(target), qPrintable(otherName)), 0);
     controller.savePanelDidEnd(true, dir.filePath(QStringLiteral("Pictures/picture.jpg")));
-    EXPECT_EQ(contents(otherName), QByteArray("the old file"));
+    EXPECT_EQ(test::readFile(otherName), QByteArray("the old file"));
     EXPECT_EQ(decoded(target).width(), 400);
     EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("Pictures/picture.jpg"))));
 
@@ -170,7 +153,7 @@ TEST_F(OutputCommands, AnUnreachableLimitAlertsAndWritesNothing) {
 TEST_F(OutputCommands, MetadataTravelsAsTheSettingSaysAndAlwaysSaysUpright) {
     const QString source = test::writeJpeg(test::photoLikeImage(400, 300), dir.path(),
                                            QStringLiteral("camera.jpg"));
-    exiftool(QStringLiteral("-Make=Marigold-Test -Orientation#=6"), source);
+    exiftoolTag(source, {"-Make=Marigold-Test", "-Orientation#=6"});
     ASSERT_TRUE(controller.openFile(source));
     controller.selectAll();
     const struct {
@@ -188,8 +171,8 @@ TEST_F(OutputCommands, MetadataTravelsAsTheSettingSaysAndAlwaysSaysUpright) {
         defaults.setInteger(DefPreserveExif, c.preserve);
         defaults.setInteger(DefFileFormat, c.format);
         const QString path = controller.writeTmpFile();
-        EXPECT_EQ(exiftoolTag(path, "Make") == QStringLiteral("Marigold-Test"), c.carriesMake);
-        const QString orientation = exiftoolTag(path, "Orientation");
+        EXPECT_EQ(tagIn(path, "Make") == QStringLiteral("Marigold-Test"), c.carriesMake);
+        const QString orientation = tagIn(path, "Orientation");
         EXPECT_TRUE(orientation.isEmpty() || orientation == QStringLiteral("1")) << orientation.toStdString();
         // Shown upright, written upright: 300 wide, 400 high.
         EXPECT_EQ(decoded(path).width(), 300);
@@ -201,7 +184,7 @@ TEST_F(OutputCommands, ASizeLimitCoversTheCarriedMetadata) {
     const QString thumbnail = test::writeJpeg(test::photoLikeImage(160, 120), dir.path(),
                                               QStringLiteral("thumbnail.jpg"));
     const QString source = open(test::photoLikeImage(800, 600), QStringLiteral("camera.jpg"));
-    exiftool(QStringLiteral("-Make=Marigold-Test '-ThumbnailImage<=%1'").arg(thumbnail), source);
+    exiftoolTag(source, {"-Make=Marigold-Test", "-ThumbnailImage<=" + thumbnail});
     defaults.setInteger(DefFileFormat, 101);
     defaults.setBool(DefLimitFilesize, true);
     controller.setScaleFactor(0.25f);
@@ -216,7 +199,7 @@ TEST_F(OutputCommands, ASizeLimitCoversTheCarriedMetadata) {
                 continue;
             }
             EXPECT_LT(QFileInfo(path).size(), limit * 1024);
-            EXPECT_EQ(exiftoolTag(path, "Make"), QStringLiteral("Marigold-Test"));
+            EXPECT_EQ(tagIn(path, "Make"), QStringLiteral("Marigold-Test"));
         }
     }
 }

@@ -7,6 +7,7 @@
 
 #include "support/BadFiles.h"
 #include "support/TestImages.h"
+#include "support/ToolsAndFiles.h"
 
 namespace marigold {
 namespace {
@@ -140,11 +141,7 @@ TEST_F(ImageLoaderTest, PicturesAreTurnedUprightAsImageMagickTurnsThem) {
         const QByteArray name = QByteArray::number(orientation);
         const QString tagged = path(name + ".jpg");
         ASSERT_TRUE(QFile::copy(stored, tagged));
-        ASSERT_EQ(std::system(qPrintable(QStringLiteral("exiftool -q -overwrite_original "
-                                                        "-Orientation#=%1 '%2'")
-                                             .arg(orientation)
-                                             .arg(tagged))),
-                  0);
+        test::exiftoolTag(tagged, {QStringLiteral("-Orientation#=%1").arg(orientation)});
         const LoadedImage loaded = loadImageFile(tagged);
         ASSERT_FALSE(loaded.image.isNull()) << loaded.error.toStdString();
         const QString upright = magick(QStringLiteral("'%1' -auto-orient").arg(tagged), name + ".png");
