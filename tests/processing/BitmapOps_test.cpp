@@ -3,7 +3,6 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 #include "processing/BitmapOps.h"
@@ -23,17 +22,6 @@ VImage rgbOf(const Image& image) {
 
 Image fromBands(std::vector<VImage> bands, bool opaque) {
     return Image::fromRgba(VImage::bandjoin(bands).cast(VIPS_FORMAT_UCHAR), opaque);
-}
-
-TEST(BitmapOpsTest, NewBitmapTruncatesAndIsTransparent) {
-    const Image image = bitmap::withSize({99.9f, 10.7f});
-    ASSERT_FALSE(image.isNull());
-    EXPECT_EQ(image.pixelsWide(), 99);
-    EXPECT_EQ(image.pixelsHigh(), 10);
-    EXPECT_EQ(image.pixels().max(), 0);
-    EXPECT_FALSE(image.isOpaque());
-    // 99 x 0 has no pixels at all.
-    EXPECT_TRUE(bitmap::withSize({99.9f, 0.5f}).isNull());
 }
 
 // At scale 1 every output pixel is the source pixel under it; a rectangle at y = 0 takes the
@@ -256,47 +244,6 @@ TEST(BitmapOpsTest, BorderPaintsTheOuterBandsOnlyAndLeavesTheArgument) {
     EXPECT_NEAR(over.g, (255 + under.g) / 2.0, 1.5);
     EXPECT_EQ(over.a, 255);
     EXPECT_EQ(pixelAt(veiled, 50, 25), pixelAt(source, 50, 25));
-}
-
-TEST(BitmapOpsTest, QuarterTurns) {
-    const Image source = test::gradientImage(3, 2);
-    const Image clockwise = bitmap::rotatingClockwise(source);
-    ASSERT_EQ(clockwise.pixelsWide(), 2);
-    ASSERT_EQ(clockwise.pixelsHigh(), 3);
-    EXPECT_EQ(clockwise.size(), (SizeF{2, 3}));
-    // The former left column, read bottom to top, is the new top row.
-    EXPECT_EQ(pixelAt(clockwise, 0, 0), pixelAt(source, 0, 1));
-    EXPECT_EQ(pixelAt(clockwise, 1, 0), pixelAt(source, 0, 0));
-    for (int y = 0; y < 3; ++y) {
-        for (int x = 0; x < 2; ++x) EXPECT_EQ(pixelAt(clockwise, x, y), pixelAt(source, y, 1 - x));
-    }
-
-    auto same = [&](const Image& image) {
-        return image.pixelsWide() == 3 && image.pixelsHigh() == 2 &&
-               difference(image.pixels(), source.pixels()).max() == 0;
-    };
-    EXPECT_TRUE(same(bitmap::rotatingCounterClockwise(clockwise)));
-    Image turned = source;
-    for (int i = 0; i < 4; ++i) turned = bitmap::rotatingClockwise(turned);
-    EXPECT_TRUE(same(turned));
-    EXPECT_TRUE(same(bitmap::rotating180(bitmap::rotating180(source))));
-    const Image half = bitmap::rotating180(source);
-    EXPECT_EQ(difference(half.pixels(), bitmap::rotatingClockwise(clockwise).pixels()).max(), 0);
-    EXPECT_EQ(pixelAt(half, 0, 0), pixelAt(source, 2, 1));
-}
-
-TEST(BitmapOpsTest, BrightnessProbe) {
-    const VImage red = VImage::black(2, 2) + std::vector<double>{255, 0, 0};
-    EXPECT_EQ(bitmap::brightnessAt(red.cast(VIPS_FORMAT_UCHAR), 1, 1), 57);
-    const VImage green = VImage::black(2, 2) + std::vector<double>{0, 255, 0};
-    EXPECT_EQ(bitmap::brightnessAt(green.cast(VIPS_FORMAT_UCHAR), 0, 0), 180);
-    const VImage redAlpha = VImage::black(2, 2) + std::vector<double>{255, 0, 0, 255};
-    EXPECT_EQ(bitmap::brightnessAt(redAlpha.cast(VIPS_FORMAT_UCHAR), 0, 1), 255);
-    // Rows are counted from the first row of the data, as stored.
-    const Image gradient = test::gradientImage(10, 20);
-    EXPECT_EQ(bitmap::brightnessAt(gradient.pixels(), 7, 3), 7);
-    EXPECT_EQ(bitmap::brightnessAt(gradient.pixels(), 10, 3), 0);
-    EXPECT_EQ(bitmap::brightnessAt(VImage(), 0, 0), 0);
 }
 
 }  // namespace

