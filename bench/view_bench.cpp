@@ -1,6 +1,7 @@
 #include <benchmark/benchmark.h>
 
 #include <QDir>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include "core/AppController.h"
@@ -14,11 +15,18 @@ using namespace marigold;
 
 namespace {
 
-// A 24-megapixel photograph-like JPEG, written once per run.
-const QString& photoPath() {
+// A 24-megapixel photograph-like JPEG, written once per run; with `orientation` 6 it is stored
+// on its side, as a camera held upright stores it, and is shown turned.
+QString photoPath(int orientation = 1) {
     static QTemporaryDir dir;
-    static const QString path =
-        test::writeJpeg(test::photoLikeImage(6000, 4000), dir.path(), QStringLiteral("24mp.jpg"));
+    const QString path = dir.filePath(QStringLiteral("24mp-%1.jpg").arg(orientation));
+    if (!QFileInfo::exists(path)) {
+        vips::VImage rgb = test::photoLikeImage(6000, 4000).pixels().extract_band(
+            0, vips::VImage::option()->set("n", 3));
+        rgb = rgb.copy();
+        rgb.set(VIPS_META_ORIENTATION, orientation);
+        rgb.jpegsave(path.toLocal8Bit().constData(), vips::VImage::option()->set("Q", 90));
+    }
     return path;
 }
 
@@ -46,7 +54,7 @@ struct Session {
 
 void BM_OpenJpegUntilDisplayed(benchmark::State& state) {
     Session session;
-    const QString path = photoPath();
+    const QString path = photoPath(int(state.range(0)));
     for (auto _ : state) {
         if (!session.controller.openFile(path)) state.SkipWithError("open failed");
         InputImageView& view = *session.window.inputView();
@@ -59,7 +67,8 @@ void BM_OpenJpegUntilDisplayed(benchmark::State& state) {
         state.ResumeTiming();
     }
 }
-BENCHMARK(BM_OpenJpegUntilDisplayed)->Unit(benchmark::kMillisecond)->UseRealTime();
+// Upright as stored (1), and stored on its side (6): turning must not slow the display.
+BENCHMARK(BM_OpenJpegUntilDisplayed)->Arg(1)->Arg(6)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_InputPaintDuringDrag(benchmark::State& state) {
     Session session;
