@@ -38,6 +38,11 @@ int AppController::compression() const { return quality().toInt(); }
 
 bool AppController::livePreview() const { return _defaults.boolForKey(DefLivePreview); }
 
+void AppController::setLivePreview(bool on) {
+    _defaults.setBool(DefLivePreview, on);
+    Q_EMIT settingsChanged();
+}
+
 // --- preferences and start-up ------------------------------------------------------------------
 
 void AppController::preferenceDidChange() {

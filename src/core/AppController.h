@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QObject>
-#include <QPointer>
 #include <QSize>
 #include <QString>
 
@@ -81,7 +80,9 @@ public:
     bool userResizable() const;
     void setUserResizable(bool);
     int compression() const;
+    // Fast previews follow the pointer while the selection is dragged; not undoable.
     bool livePreview() const;
+    void setLivePreview(bool on);
 
     // The preview: a fast one draws no more pixels than `setPreviewPixelLimit` allows and
     // is not sharpened.

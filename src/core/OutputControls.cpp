@@ -7,7 +7,6 @@
 #include "core/AppController.h"
 #include "core/NumberText.h"
 #include "core/ValueLabel.h"
-#include "platform/DefaultsKeys.h"
 
 namespace marigold {
 
@@ -94,7 +93,7 @@ OutputControls::OutputControls(AppController& controller, QWidget* parent)
         }
     });
     connect(_livePreviewBox, &QCheckBox::clicked, context,
-            [this](bool on) { _controller.defaults().setBool(keys::DefLivePreview, on); });
+            [this](bool on) { _controller.setLivePreview(on); });
 
     connect(&_controller, &AppController::scaleFactorChanged, context, [this] { _showScale(); });
     connect(&_controller, &AppController::pixelSizeChanged, context, [this] { _showPixelSize(); });
