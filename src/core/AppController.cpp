@@ -24,19 +24,29 @@ AppController::AppController(Defaults& defaults, QObject* parent)
 
 // --- derived values ----------------------------------------------------------------------------
 
-bool AppController::hasQuality() const { return fileFormat() == 101; }
-bool AppController::hasFilesizeLimit() const { return hasQuality() && limitFilesize(); }
+bool AppController::hasQuality() const {
+    return fileFormat() == 101;
+}
+bool AppController::hasFilesizeLimit() const {
+    return hasQuality() && limitFilesize();
+}
 
 bool AppController::userResizable() const {
     // No size preset can be chosen yet, so an image is all it takes.
     return _document.hasImage();
 }
 
-void AppController::setUserResizable(bool) { Q_EMIT userResizableChanged(); }
+void AppController::setUserResizable(bool) {
+    Q_EMIT userResizableChanged();
+}
 
-int AppController::compression() const { return quality().toInt(); }
+int AppController::compression() const {
+    return quality().toInt();
+}
 
-bool AppController::livePreview() const { return _defaults.boolForKey(DefLivePreview); }
+bool AppController::livePreview() const {
+    return _defaults.boolForKey(DefLivePreview);
+}
 
 void AppController::setLivePreview(bool on) {
     _defaults.setBool(DefLivePreview, on);

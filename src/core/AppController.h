@@ -181,6 +181,11 @@ private:
     template <typename Value>
     void _storeSetting(QLatin1StringView key, Value old, Value value,
                        void (AppController::*setter)(Value), const QString& actionName);
+    struct TypedSetting;
+    static const TypedSetting kQuality;
+    static const TypedSetting kFilesizeLimit;
+    QString _typedSetting(const TypedSetting& setting) const;
+    void _setTypedSetting(const TypedSetting& setting, const QString& text);
     void _registerMarqueeUndo(const Marquee& restore);
     void _showImage(const Image& image);
     Image _renderOutput(bool fast) const;

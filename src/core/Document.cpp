@@ -50,7 +50,9 @@ void Document::setScaleFactor(float factor) {
     Q_EMIT scaleFactorChanged();
 }
 
-bool Document::hasSelection() const { return hasImage() && !_marquee.deselected(); }
+bool Document::hasSelection() const {
+    return hasImage() && !_marquee.deselected();
+}
 
 RectF Document::cropRect() const {
     const SizeF size = _image.size();

@@ -29,14 +29,17 @@ void AppController::resetControls() {
     _later(0, [this] { _undoManager.removeAllActions(); });
 }
 
-bool AppController::openFile(const QString& path) { return openFile(path, nullptr); }
+bool AppController::openFile(const QString& path) {
+    return openFile(path, nullptr);
+}
 
 bool AppController::openFile(const QString& path, QString* reason) {
     const LoadedImage loaded = loadImageFile(path, DamagedFiles::OpenReadablePart);
     const QString name = QFileInfo(path).fileName();
     if (loaded.image.isNull()) {
         if (reason) *reason = loaded.error;
-        if (_window) _window->showNotice(tr("“%1” could not be opened: %2.").arg(name, loaded.error));
+        if (_window)
+            _window->showNotice(tr("“%1” could not be opened: %2.").arg(name, loaded.error));
         return false;
     }
     _showImage(loaded.image);
@@ -81,7 +84,9 @@ void AppController::revert() {
     if (canRevert()) openFile(sourcePath());
 }
 
-void AppController::discardImage() { _showImage({}); }
+void AppController::discardImage() {
+    _showImage({});
+}
 
 void AppController::clear() {
     if (!_document.hasImage()) return;

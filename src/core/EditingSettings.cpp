@@ -1,7 +1,6 @@
 // The document controller's undoable settings: each setter registers its own call with the
 // value as it is now, names the step, stores the new value and then does its one follow-up.
 #include <cmath>
-#include <optional>
 
 #include "core/AppController.h"
 #include "core/AppControllerTemplates.h"
@@ -15,8 +14,6 @@ using namespace keys;
 
 namespace {
 
-constexpr int kMinQuality = 5, kMaxQuality = 100;
-constexpr int kMinLimit = 10, kMaxLimit = 9990;
 constexpr int kShrinkToFit = 0, kActualPixels = 2;
 constexpr int kMaxPercent = 200;
 
@@ -34,34 +31,58 @@ void AppController::_storeSetting(QLatin1StringView key, Value old, Value value,
     Q_EMIT settingsChanged();
 }
 
-namespace {
+// The two settings typed as text and stored as clamped whole numbers.
+struct AppController::TypedSetting {
+    QLatin1StringView key;
+    int low, high;
+    const char* actionName;
+    void (AppController::*setter)(const QString&);
+};
 
-// A number typed into a text-checked field: nothing when the text is not written the way
-// "%d" prints its number, in which case `rewrite` is called with the canonical text on the next
-// pass; otherwise the number clamped, and when that changed it, `rewrite` is called with the
-// clamped text on the next pass as well, so the field shows what was stored.
-template <typename Rewrite>
-std::optional<int> typedNumber(const QString& text, int low, int high, Rewrite rewrite) {
-    const int typed = leadingIntValue(text);
-    if (!isCanonicalInt(text)) {
-        rewrite(typed);
-        return std::nullopt;
-    }
-    const int value = std::clamp(typed, low, high);
-    if (value != typed) rewrite(value);
-    return value;
+const AppController::TypedSetting AppController::kQuality{
+    DefJpegQuality, 5, 100, QT_TR_NOOP("JPEG Quality Change"), &AppController::setQuality};
+const AppController::TypedSetting AppController::kFilesizeLimit{DefFilesizeLimit, 10, 9990,
+                                                                QT_TR_NOOP("Filesize Limit Change"),
+                                                                &AppController::setFilesizeLimit};
+
+QString AppController::_typedSetting(const TypedSetting& setting) const {
+    return QString::number(
+        std::clamp(_defaults.integerForKey(setting.key), setting.low, setting.high));
 }
 
-}  // namespace
+// Text that is not written the way "%d" prints its number only has the field rewritten with
+// that number on the next pass; a number out of range is stored clamped and the field
+// rewritten with what was stored.
+void AppController::_setTypedSetting(const TypedSetting& setting, const QString& text) {
+    const int typed = leadingIntValue(text);
+    const auto rewrite = [this, &setting](int value) {
+        _later(0,
+               [this, setter = setting.setter, value] { (this->*setter)(QString::number(value)); });
+    };
+    if (!isCanonicalInt(text)) {
+        rewrite(typed);
+        return;
+    }
+    const int value = std::clamp(typed, setting.low, setting.high);
+    if (value != typed) rewrite(value);
+    _registerUndo(_typedSetting(setting), setting.setter, tr(setting.actionName));
+    _defaults.setInteger(setting.key, value);
+    Q_EMIT settingsChanged();
+    clearCache();
+}
 
-bool AppController::sharpen() const { return _defaults.boolForKey(DefSharpen); }
+bool AppController::sharpen() const {
+    return _defaults.boolForKey(DefSharpen);
+}
 
 void AppController::setSharpen(bool on) {
     _storeSetting(DefSharpen, sharpen(), on, &AppController::setSharpen, tr("Toggle Sharpen"));
     updatePreview();
 }
 
-float AppController::sharpness() const { return _defaults.floatForKey(DefSharpness); }
+float AppController::sharpness() const {
+    return _defaults.floatForKey(DefSharpness);
+}
 
 void AppController::setSharpness(float value) {
     _storeSetting(DefSharpness, sharpness(), value, &AppController::setSharpness,
@@ -69,7 +90,9 @@ void AppController::setSharpness(float value) {
     updatePreview();
 }
 
-int AppController::fileFormat() const { return _defaults.integerForKey(DefFileFormat); }
+int AppController::fileFormat() const {
+    return _defaults.integerForKey(DefFileFormat);
+}
 
 void AppController::setFileFormat(int format) {
     _storeSetting(DefFileFormat, fileFormat(), format, &AppController::setFileFormat,
@@ -90,22 +113,15 @@ void AppController::setPreviewMode(int mode) {
 }
 
 QString AppController::quality() const {
-    return QString::number(
-        std::clamp(_defaults.integerForKey(DefJpegQuality), kMinQuality, kMaxQuality));
+    return _typedSetting(kQuality);
 }
-
 void AppController::setQuality(const QString& text) {
-    const std::optional<int> value = typedNumber(text, kMinQuality, kMaxQuality, [this](int n) {
-        _later(0, [this, n] { setQuality(QString::number(n)); });
-    });
-    if (!value) return;
-    clearCache();
-    _registerUndo(quality(), &AppController::setQuality, tr("JPEG Quality Change"));
-    _defaults.setInteger(DefJpegQuality, *value);
-    Q_EMIT settingsChanged();
+    _setTypedSetting(kQuality, text);
 }
 
-bool AppController::limitFilesize() const { return _defaults.boolForKey(DefLimitFilesize); }
+bool AppController::limitFilesize() const {
+    return _defaults.boolForKey(DefLimitFilesize);
+}
 
 void AppController::setLimitFilesize(bool on) {
     if (on && _defaults.boolForKey(DefDisplaySizeLimitMessage) && _window &&
@@ -118,19 +134,10 @@ void AppController::setLimitFilesize(bool on) {
 }
 
 QString AppController::filesizeLimit() const {
-    return QString::number(
-        std::clamp(_defaults.integerForKey(DefFilesizeLimit), kMinLimit, kMaxLimit));
+    return _typedSetting(kFilesizeLimit);
 }
-
 void AppController::setFilesizeLimit(const QString& text) {
-    const std::optional<int> value = typedNumber(text, kMinLimit, kMaxLimit, [this](int n) {
-        _later(0, [this, n] { setFilesizeLimit(QString::number(n)); });
-    });
-    if (!value) return;
-    _registerUndo(filesizeLimit(), &AppController::setFilesizeLimit, tr("Filesize Limit Change"));
-    _defaults.setInteger(DefFilesizeLimit, *value);
-    Q_EMIT settingsChanged();
-    clearCache();
+    _setTypedSetting(kFilesizeLimit, text);
 }
 
 void AppController::setRotation(double degrees) {
@@ -146,7 +153,9 @@ void AppController::setScaleFactor(float factor) {
     updatePreviewFast(true);
 }
 
-void AppController::setScaleFactorWithoutUndo(float factor) { _document.setScaleFactor(factor); }
+void AppController::setScaleFactorWithoutUndo(float factor) {
+    _document.setScaleFactor(factor);
+}
 
 int AppController::scaleFactorPercent() const {
     return int(std::lround(double(scaleFactor()) * 100));

@@ -325,9 +325,8 @@ ExportResult runExport(const ExportOptions& options) {
     result.wide = output.pixelsWide();
     result.high = output.pixelsHigh();
 
-    const OutputSettings settings = outputSettingsFor(options.format, options.quality,
-                                                      options.limitKB, options.preserveExif,
-                                                      options.input);
+    const OutputSettings settings = outputSettingsFor(
+        options.format, options.quality, options.limitKB, options.preserveExif, options.input);
     switch (writeOutputFile(output, options.output, settings, &result.attempts)) {
         case OutputResult::Written:
             return result;

@@ -71,7 +71,9 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     restoreFrame();
 }
 
-MainWindow::~MainWindow() { _controller.setWindowSide(nullptr); }
+MainWindow::~MainWindow() {
+    _controller.setWindowSide(nullptr);
+}
 
 void MainWindow::_buildPanes() {
     _inputView = new InputImageView;
@@ -234,7 +236,9 @@ void MainWindow::_equalisePanes() {
     _splitter->setSizes({half, half});
 }
 
-void MainWindow::saveFrame() { _controller.defaults().setFrame(kFrameKey, saveGeometry()); }
+void MainWindow::saveFrame() {
+    _controller.defaults().setFrame(kFrameKey, saveGeometry());
+}
 
 void MainWindow::restoreFrame() {
     const QByteArray frame = _controller.defaults().frameForKey(kFrameKey);

@@ -24,6 +24,8 @@ int leadingIntValue(const QString& text) {
     return int(value);
 }
 
-bool isCanonicalInt(const QString& text) { return QString::number(leadingIntValue(text)) == text; }
+bool isCanonicalInt(const QString& text) {
+    return QString::number(leadingIntValue(text)) == text;
+}
 
 }  // namespace marigold

@@ -16,7 +16,9 @@ void AppController::clearCache() {
     Q_EMIT filesizeTextChanged(QString());
 }
 
-QString AppController::writeTmpFile() { return _writeTmpFile(nullptr); }
+QString AppController::writeTmpFile() {
+    return _writeTmpFile(nullptr);
+}
 
 QString AppController::_writeTmpFile(Image* rendered) {
     if (!hasOutput()) return {};
@@ -46,7 +48,9 @@ void AppController::copyOutputImage() {
     if (!path.isEmpty()) putOutputOnClipboard(output, path);
 }
 
-void AppController::saveDocumentAs() { saveDocumentInFolder(QString()); }
+void AppController::saveDocumentAs() {
+    saveDocumentInFolder(QString());
+}
 
 void AppController::saveDocumentInFolder(const QString& directory) {
     if (!_window) return;

@@ -70,9 +70,8 @@ OutputControls::OutputControls(AppController& controller, QWidget* parent)
     // Every connection goes through `_connections`, which is destroyed before the children:
     // a field losing focus as the window closes must not call into a half-destroyed object.
     QObject* context = &_connections;
-    connect(_percentField, &QLineEdit::editingFinished, context, [this] {
-        _controller.setScaleFactorPercent(leadingIntValue(_percentField->text()));
-    });
+    connect(_percentField, &QLineEdit::editingFinished, context,
+            [this] { _controller.setScaleFactorPercent(leadingIntValue(_percentField->text())); });
     connect(_widthField, &QLineEdit::editingFinished, context, [this] {
         _controller.setPixelWidth(leadingIntValue(_widthField->text()));
         _controller.pixelWidthChanged();
@@ -88,8 +87,8 @@ OutputControls::OutputControls(AppController& controller, QWidget* parent)
     connect(_sharpnessSlider, &QSlider::sliderReleased, context, [this] { _sharpnessReleased(); });
     connect(_sharpnessSlider, &QSlider::actionTriggered, context, [this](int action) {
         if (action != QAbstractSlider::SliderMove && !_sharpnessSlider->isSliderDown()) {
-            QMetaObject::invokeMethod(&_connections, [this] { _sharpnessReleased(); },
-                                      Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                &_connections, [this] { _sharpnessReleased(); }, Qt::QueuedConnection);
         }
     });
     connect(_livePreviewBox, &QCheckBox::clicked, context,

@@ -38,10 +38,11 @@ void AppController::updatePreviewFast(bool fast) {
     Image preview;
     QString message;
     if (plan.isTooLarge()) {
-        message = tr("%1 × %2 pixels is too large an output.\nMarigold makes at most %3 megapixels.")
-                      .arg(plan.outputWide)
-                      .arg(plan.outputHigh)
-                      .arg(kMaxOutputPixels / 1'000'000);
+        message =
+            tr("%1 × %2 pixels is too large an output.\nMarigold makes at most %3 megapixels.")
+                .arg(plan.outputWide)
+                .arg(plan.outputHigh)
+                .arg(kMaxOutputPixels / 1'000'000);
     } else if (!plan.isEmpty()) {
         preview = _renderOutput(fast);
     }
@@ -53,7 +54,9 @@ void AppController::updatePreviewFast(bool fast) {
     Q_EMIT previewChanged(preview, message);
 }
 
-void AppController::updatePreview() { updatePreviewFast(false); }
+void AppController::updatePreview() {
+    updatePreviewFast(false);
+}
 
 // --- output size in pixels ---------------------------------------------------------------------
 

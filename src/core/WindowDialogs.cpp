@@ -52,21 +52,22 @@ void WindowDialogs::chooseSaveTarget(const QString& directory, const QString& na
     // own replace question would ask about the wrong file; it is asked below instead.
     dialog->setOption(QFileDialog::DontConfirmOverwrite);
     dialog->selectFile(name);
-    QObject::connect(dialog, &QFileDialog::finished, dialog, [this, dialog, format, chosen](int result) {
-        if (result != QDialog::Accepted || dialog->selectedFiles().isEmpty()) return;
-        const QFileInfo typed(dialog->selectedFiles().first());
-        const QString target =
-            typed.dir().filePath(AppController::userEnteredFilename(typed.fileName(), format));
-        if (QFileInfo::exists(target)) {
-            const auto answer = QMessageBox::warning(
-                _window, QObject::tr("Save"),
-                QObject::tr("“%1” already exists. Do you want to replace it?")
-                    .arg(QFileInfo(target).fileName()),
-                QMessageBox::Yes | QMessageBox::Cancel, QMessageBox::Cancel);
-            if (answer != QMessageBox::Yes) return;
-        }
-        chosen(target);
-    });
+    QObject::connect(
+        dialog, &QFileDialog::finished, dialog, [this, dialog, format, chosen](int result) {
+            if (result != QDialog::Accepted || dialog->selectedFiles().isEmpty()) return;
+            const QFileInfo typed(dialog->selectedFiles().first());
+            const QString target =
+                typed.dir().filePath(AppController::userEnteredFilename(typed.fileName(), format));
+            if (QFileInfo::exists(target)) {
+                const auto answer = QMessageBox::warning(
+                    _window, QObject::tr("Save"),
+                    QObject::tr("“%1” already exists. Do you want to replace it?")
+                        .arg(QFileInfo(target).fileName()),
+                    QMessageBox::Yes | QMessageBox::Cancel, QMessageBox::Cancel);
+                if (answer != QMessageBox::Yes) return;
+            }
+            chosen(target);
+        });
     dialog->open();
 }
 
@@ -76,7 +77,9 @@ void WindowDialogs::print(const Image& image) {
     if (dialog.exec() == QDialog::Accepted) printImage(printer, image);
 }
 
-void WindowDialogs::beep() { QApplication::beep(); }
+void WindowDialogs::beep() {
+    QApplication::beep();
+}
 
 void WindowDialogs::showNotice(const QString& text) {
     if (_window) _window->statusBar()->showMessage(text, kNoticeMilliseconds);

@@ -32,8 +32,8 @@ qint64 fileSizeAtPath(const QString& path) {
     if (!info.exists()) return 0;
     if (!info.isDir() || info.isSymLink()) return info.size();
     qint64 sum = 0;
-    const auto entries =
-        QDir(path).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    const auto entries = QDir(path).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System |
+                                                  QDir::NoDotAndDotDot);
     for (const QFileInfo& entry : entries) sum += fileSizeAtPath(entry.filePath());
     return sum;
 }

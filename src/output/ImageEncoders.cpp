@@ -4,8 +4,8 @@
 #include "platform/AtomicFile.h"
 
 #include <algorithm>
-#include <limits>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 namespace marigold {
@@ -74,11 +74,11 @@ VImage encoderPixels(const Image& image, bool keepAlpha) {
     if (image.isOpaque()) {
         pixels = withoutAlpha(pixels);
     } else if (!keepAlpha) {
-        pixels = pixels.flatten(VImage::option()->set("background", std::vector<double>{255, 255, 255}));
+        pixels =
+            pixels.flatten(VImage::option()->set("background", std::vector<double>{255, 255, 255}));
     }
-    return pixels.copy(VImage::option()
-                           ->set("xres", kPixelsPerMillimetre)
-                           ->set("yres", kPixelsPerMillimetre));
+    return pixels.copy(
+        VImage::option()->set("xres", kPixelsPerMillimetre)->set("yres", kPixelsPerMillimetre));
 }
 
 // Floyd-Steinberg on the alpha channel alone, so soft edges and shadows become a
@@ -122,7 +122,9 @@ struct JpegSink {
         auto* sink = static_cast<JpegSink*>(user);
         const char* chunk = static_cast<const char*>(bytes);
         if (sink->data.isEmpty() && length >= 2) {
-            sink->data.append(chunk, 2).append(kJfif, sizeof kJfif - 1).append(chunk + 2, length - 2);
+            sink->data.append(chunk, 2)
+                .append(kJfif, sizeof kJfif - 1)
+                .append(chunk + 2, length - 2);
         } else {
             sink->data.append(chunk, length);
         }
@@ -231,9 +233,8 @@ bool writeToJPEGFile(JpegEncoder& encoder, const QString& path, int quality, int
     return writeFileAtomically(path, data);
 }
 
-bool writeToJPEGFile(const Image& image, const QString& path, int compression,
-                     int filesizeLimitKB, const JpegFinish& finish,
-                     std::vector<JpegAttempt>* trace) {
+bool writeToJPEGFile(const Image& image, const QString& path, int compression, int filesizeLimitKB,
+                     const JpegFinish& finish, std::vector<JpegAttempt>* trace) {
     JpegEncoder encoder(image);
     return searchJpegQuality(
         compression, filesizeLimitKB,

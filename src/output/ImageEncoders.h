@@ -52,8 +52,7 @@ bool writeToJPEGFile(JpegEncoder& encoder, const QString& path, int quality, int
 // Steps the quality down from `compression` until the finished file fits under
 // `filesizeLimitKB` (0: no limit); false, with nothing written, when no quality fits.
 // `trace` (optional) receives each attempt's quality and size.
-bool writeToJPEGFile(const Image& image, const QString& path, int compression,
-                     int filesizeLimitKB, const JpegFinish& finish,
-                     std::vector<JpegAttempt>* trace = nullptr);
+bool writeToJPEGFile(const Image& image, const QString& path, int compression, int filesizeLimitKB,
+                     const JpegFinish& finish, std::vector<JpegAttempt>* trace = nullptr);
 
 }  // namespace marigold

@@ -19,8 +19,7 @@ struct JpegAttempt {
 // size is below it. Reports the size it reached; false when nothing was kept. Sizes from
 // `stopAt` up (when it is not 0) all lead to the same next step, so the attempt may stop
 // there and report any size at or above it.
-using JpegAttemptFunction =
-    std::function<bool(int quality, int byteLimit, int stopAt, int* size)>;
+using JpegAttemptFunction = std::function<bool(int quality, int byteLimit, int stopAt, int* size)>;
 
 // Steps the quality down from `quality` until an attempt fits under `limitKB` (0: no
 // limit, one attempt). False when the quality ran out, or when an attempt that fitted

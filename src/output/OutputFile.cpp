@@ -32,7 +32,8 @@ JpegFinish metadataStep(const OutputSettings& settings) {
     return [source](const QByteArray& jpeg) {
         const auto carried = transplantExifUpright(bytesOf(source), bytesOf(jpeg));
         if (!carried) return jpeg;
-        return QByteArray(reinterpret_cast<const char*>(carried->data()), qsizetype(carried->size()));
+        return QByteArray(reinterpret_cast<const char*>(carried->data()),
+                          qsizetype(carried->size()));
     };
 }
 
@@ -40,10 +41,14 @@ JpegFinish metadataStep(const OutputSettings& settings) {
 
 QString extensionForFormat(int format) {
     switch (format) {
-        case PngFormat: return QStringLiteral("png");
-        case TiffFormat: return QStringLiteral("tif");
-        case GifFormat: return QStringLiteral("gif");
-        default: return QStringLiteral("jpg");
+        case PngFormat:
+            return QStringLiteral("png");
+        case TiffFormat:
+            return QStringLiteral("tif");
+        case GifFormat:
+            return QStringLiteral("gif");
+        default:
+            return QStringLiteral("jpg");
     }
 }
 
@@ -70,14 +75,19 @@ OutputSettings outputSettingsFor(int format, int quality, int limitKB, int prese
 
 OutputResult writeOutputFile(const Image& image, const QString& path,
                              const OutputSettings& settings, std::vector<JpegAttempt>* trace) {
-    const auto written = [](bool ok) { return ok ? OutputResult::Written : OutputResult::WriteFailed; };
+    const auto written = [](bool ok) {
+        return ok ? OutputResult::Written : OutputResult::WriteFailed;
+    };
     switch (settings.format) {
-        case PngFormat: return written(writeToPNGFile(image, path));
-        case GifFormat: return written(writeToGIFFile(image, path));
+        case PngFormat:
+            return written(writeToPNGFile(image, path));
+        case GifFormat:
+            return written(writeToGIFFile(image, path));
         case TiffFormat:
             return written(writeToTIFFFile(
                 image, path, settings.preserveExif != 0 ? settings.metadata : std::nullopt));
-        default: break;
+        default:
+            break;
     }
     std::vector<JpegAttempt> attempts;
     const bool ok = writeToJPEGFile(image, path, settings.quality, settings.limitKB,

@@ -58,8 +58,8 @@ void OutputImageView::setImageScaling(int scaling) {
 void OutputImageView::_updateFrame() {
     // Actual pixels: the view is as large as the image and its scroll area scrolls it;
     // shrink to fit: the view fills the scroll area.
-    auto* scroll = qobject_cast<QScrollArea*>(parentWidget() ? parentWidget()->parentWidget()
-                                                             : nullptr);
+    auto* scroll =
+        qobject_cast<QScrollArea*>(parentWidget() ? parentWidget()->parentWidget() : nullptr);
     if (scroll) scroll->setWidgetResizable(_scaling == ProportionallyDown || _image.isNull());
     if (_scaling != ProportionallyDown && !_image.isNull()) resize(sizeHint());
 }
@@ -82,7 +82,8 @@ void OutputImageView::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void OutputImageView::mouseMoveEvent(QMouseEvent* event) {
     if (!_dragPending || !(event->buttons() & Qt::LeftButton)) return;
-    if ((event->position() - _pressPosition).manhattanLength() < QApplication::startDragDistance()) {
+    if ((event->position() - _pressPosition).manhattanLength() <
+        QApplication::startDragDistance()) {
         return;
     }
     _dragPending = false;
@@ -148,10 +149,10 @@ const QPixmap& OutputImageView::_displayPixmap(QSize devicePixels) {
     if (w <= 0 || h <= 0) {
         _pixmap = QPixmap();
     } else if (_pixmap.width() != w || _pixmap.height() != h) {
-        const Image fitted = (w == _image.pixelsWide() && h == _image.pixelsHigh())
-                                 ? _image
-                                 : bitmap::scaling(_image.levelWithAtLeast(w, h),
-                                                   {float(w), float(h)});
+        const Image fitted =
+            (w == _image.pixelsWide() && h == _image.pixelsHigh())
+                ? _image
+                : bitmap::scaling(_image.levelWithAtLeast(w, h), {float(w), float(h)});
         _pixmap = QPixmap::fromImage(fitted.toQImage());
     }
     return _pixmap;

@@ -5,9 +5,9 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
-#include <cerrno>
 #include <signal.h>
 #include <unistd.h>
+#include <cerrno>
 
 namespace marigold {
 
@@ -15,11 +15,13 @@ namespace {
 
 const QString kPrefix = QStringLiteral("com.bluefinch.Marigold-");
 
-bool processRuns(qint64 pid) { return kill(pid_t(pid), 0) == 0 || errno == EPERM; }
+bool processRuns(qint64 pid) {
+    return kill(pid_t(pid), 0) == 0 || errno == EPERM;
+}
 
 bool makePrivateFolder(const QString& path) {
-    return QDir().mkdir(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                                  QFileDevice::ExeOwner);
+    return QDir().mkdir(path,
+                        QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
 }
 
 // A real folder of ours, not a link someone planted in the shared temporary folder.
@@ -31,7 +33,9 @@ bool isOwnFolder(const QFileInfo& entry) {
 
 TempFolder::TempFolder(QString base) : _base(std::move(base)) {}
 
-QString TempFolder::defaultBase() { return QDir::tempPath() + QLatin1Char('/'); }
+QString TempFolder::defaultBase() {
+    return QDir::tempPath() + QLatin1Char('/');
+}
 
 QString TempFolder::tmpdirString() const {
     return _base + kPrefix + QString::number(QCoreApplication::applicationPid());

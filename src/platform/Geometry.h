@@ -28,7 +28,9 @@ struct RectF {
     float maxY() const { return y + height; }
     bool isEmpty() const { return !(width > 0) || !(height > 0); }
     // The platform's usual test: lower and left edges inside, upper and right outside.
-    bool contains(PointF p) const { return p.x >= x && p.x < x + width && p.y >= y && p.y < y + height; }
+    bool contains(PointF p) const {
+        return p.x >= x && p.x < x + width && p.y >= y && p.y < y + height;
+    }
 };
 
 // Whole pixels counted from the top-left corner, rows downward, as pictures are stored and

@@ -26,7 +26,8 @@ vips::VOption* loadOptions(DamagedFiles damaged) {
     // readable part is wanted.
     return vips::VImage::option()
         ->set("access", VIPS_ACCESS_RANDOM)
-        ->set("fail_on", damaged == DamagedFiles::Refuse ? VIPS_FAIL_ON_TRUNCATED : VIPS_FAIL_ON_NONE);
+        ->set("fail_on",
+              damaged == DamagedFiles::Refuse ? VIPS_FAIL_ON_TRUNCATED : VIPS_FAIL_ON_NONE);
 }
 
 // The picture upright: turned as its orientation tag says. Part of the pipeline that makes the
@@ -74,7 +75,8 @@ Image decoded(const QByteArray& name, DamagedFiles damaged) {
 LoadedImage loadImageFile(const QString& path, DamagedFiles damaged) {
     const QFileInfo info(path);
     if (!info.exists()) return {{}, QStringLiteral("no such file"), {}};
-    if (!info.isFile() || !info.isReadable()) return {{}, QStringLiteral("cannot read the file"), {}};
+    if (!info.isFile() || !info.isReadable())
+        return {{}, QStringLiteral("cannot read the file"), {}};
     if (info.size() == 0) return {{}, QStringLiteral("the file is empty"), {}};
     const QByteArray name = path.toLocal8Bit();
     if (!vips_foreign_find_load(name.constData())) {
@@ -94,7 +96,8 @@ LoadedImage loadImageFile(const QString& path, DamagedFiles damaged) {
         const QString reason = firstLine(error.what());
         if (damaged == DamagedFiles::Refuse) return {{}, reason, {}};
         try {
-            return {decoded(name, damaged), {},
+            return {decoded(name, damaged),
+                    {},
                     QStringLiteral("only part of the picture could be read, the rest of the "
                                    "file is damaged")};
         } catch (const vips::VError&) {
@@ -108,7 +111,8 @@ namespace {
 
 // The header of an image file libvips reads (pixels not decoded), or nothing.
 std::optional<vips::VImage> readableHeader(const QByteArray& name) {
-    if (!QFileInfo(QString::fromLocal8Bit(name)).isFile() || !vips_foreign_find_load(name.constData())) {
+    if (!QFileInfo(QString::fromLocal8Bit(name)).isFile() ||
+        !vips_foreign_find_load(name.constData())) {
         vips_error_clear();
         return std::nullopt;
     }
@@ -130,7 +134,10 @@ Image thumbnailOfFile(const QString& path, int box) {
         return Image::fromVips(vips::VImage::thumbnail(
             name.constData(), box,
             // As stored: this is the file's own thumbnail, not the picture as Marigold shows it.
-            vips::VImage::option()->set("height", box)->set("size", VIPS_SIZE_DOWN)->set("no_rotate", true)));
+            vips::VImage::option()
+                ->set("height", box)
+                ->set("size", VIPS_SIZE_DOWN)
+                ->set("no_rotate", true)));
     } catch (const vips::VError&) {
         vips_error_clear();
         return {};

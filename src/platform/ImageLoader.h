@@ -12,8 +12,8 @@ namespace marigold {
 inline constexpr long long kMaxImagePixels = 200'000'000;
 
 struct LoadedImage {
-    Image image;    // null on failure
-    QString error;  // one line, when there is no image
+    Image image;     // null on failure
+    QString error;   // one line, when there is no image
     QString notice;  // one line, when the image is only the part of a damaged file that decodes
 };
 

@@ -45,9 +45,13 @@ void InputImageView::_imageChanged() {
     _updateCursor();
 }
 
-bool InputImageView::_hasImage() const { return _document && _document->hasImage(); }
+bool InputImageView::_hasImage() const {
+    return _document && _document->hasImage();
+}
 
-Marquee InputImageView::_marquee() const { return _document ? _document->marquee() : Marquee(); }
+Marquee InputImageView::_marquee() const {
+    return _document ? _document->marquee() : Marquee();
+}
 
 PointF InputImageView::_viewPoint(QPointF widgetPoint) const {
     return flipY(PointF{float(widgetPoint.x()), float(widgetPoint.y())}, height());
@@ -106,7 +110,9 @@ const QPixmap& InputImageView::_displayPixmap() {
     return _pixmap;
 }
 
-bool InputImageView::_crossHairWanted() const { return _drawCrossHair != _optionKeyDown; }
+bool InputImageView::_crossHairWanted() const {
+    return _drawCrossHair != _optionKeyDown;
+}
 
 void InputImageView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
