@@ -11,9 +11,17 @@ APP_PID=""
 XVFB_PID=""
 
 e2e_cleanup() {
+    local status=$?
     [ -n "$APP_PID" ] && kill "$APP_PID" 2>/dev/null || true
     [ -n "$XVFB_PID" ] && kill "$XVFB_PID" 2>/dev/null || true
+    # The app's log goes with the folder, and a report can come as late as quitting, when
+    # nothing checks the app's status: a sanitizer report in it is shown and fails the test.
+    if grep -qE '^==[0-9]+==ERROR: |: runtime error: ' "$E2E_TMP/app.log" 2>/dev/null; then
+        cat "$E2E_TMP/app.log" >&2
+        status=1
+    fi
     rm -rf "$E2E_TMP"
+    exit "$status"
 }
 trap e2e_cleanup EXIT
 
