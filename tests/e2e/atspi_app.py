@@ -2,6 +2,7 @@
 name and role, worked through AT-SPI, on a private X server, session bus and accessibility bus
 that leave the user's desktop and settings alone. A flow script calls `run(flow)`."""
 import os
+import re
 import select
 import shutil
 import signal
@@ -246,6 +247,10 @@ def run(flow):
         with Session() as session:
             try:
                 flow(session, sys.argv[1])
+                # A sanitized build reports on stderr and may carry on: that fails the flow.
+                report = re.search(r"^==\d+==ERROR: .*|^.*: runtime error: .*",
+                                   session.app_stderr(), re.MULTILINE)
+                check(report is None, f"the sanitizer reported: {report and report.group(0)}")
             except Exception as error:
                 reason = f"FAIL: {error}" if isinstance(error, Failure) else traceback.format_exc()
                 print(f"{reason}\napplication stderr:\n{session.app_stderr()}", file=sys.stderr)
