@@ -63,18 +63,6 @@ protected:
                                               {"-Artist=Target", "-Comment=target comment"},
                                               "80x60", "gradient:green-yellow"));
     }
-    // exiftool's warnings and errors about a file.
-    static QStringList validation(const std::string& file) {
-        QStringList found;
-        const QString report =
-            test::exiftool({"-validate", "-warning", "-error", "-a", QString::fromStdString(file)});
-        for (const QString& line : report.split('\n')) {
-            if (line.startsWith("Warning") || line.startsWith("Error")) {
-                found << line.section(": ", 1);
-            }
-        }
-        return found;
-    }
     QTemporaryDir dir;
 };
 
@@ -128,53 +116,25 @@ TEST_P(TransplantByteOrder, CarriesTheSourceBlockWithoutThumbnailPointers) {
     // pointers that were taken out on purpose.
     const QStringList removed{"Missing required JPEG IFD1 tag 0x0201 ThumbnailOffset",
                               "Missing required JPEG IFD1 tag 0x0202 ThumbnailLength"};
-    EXPECT_EQ(validation(path("out.jpg")), validation(source) + removed);
+    EXPECT_EQ(test::exiftoolProblems(path("out.jpg")), test::exiftoolProblems(source) + removed);
     test::runTool("compare", {"-metric", "AE", dir.filePath("out.jpg"), dir.filePath("encoded.jpg"),
                               "null:"});  // exits 0 only for the same pixels
 }
 
 INSTANTIATE_TEST_SUITE_P(ByteOrders, TransplantByteOrder, ::testing::Values("II", "MM"));
 
-TEST_F(TransplantTest, WithoutAnExifBlockTheOutputGetsTheJfifHeader) {
-    for (const bool comment : {true, false}) {
-        SCOPED_TRACE(comment ? "comment only" : "nothing");
-        const QStringList tags =
-            comment ? QStringList{"-Comment=just words\r\nand more"} : QStringList{};
-        const Bytes source = test::readBytes(test::makeJpeg(dir.path(), "plain.jpg", tags));
-        const Bytes encoded = target();
-        const auto written = JpegContext().copyExif(source, encoded);
-        ASSERT_TRUE(written);
-        const JpegLayout src = test::scanJpeg(source);
-        const Bytes comments = comment ? withMarker(*src.first(0xFE)) : Bytes{};
-        EXPECT_EQ(*written,
-                  (Bytes{0xFF, 0xD8} + test::kJfif300 + comments + keptOfTarget(encoded)));
-        EXPECT_EQ(exiftoolOf(*written)["JFIF:XResolution"].toInt(), 300);
-    }
-}
-
-TEST_F(TransplantTest, OnlyTheFirstExifBlockIsCarriedAndXmpIsDropped) {
-    const QString thumbnail = test::thumbnailTag(dir.path());
-    const Bytes first =
-        test::readBytes(test::makeJpeg(dir.path(), "1.jpg", {"-Make=First", thumbnail}));
-    const JpegLayout second = test::scanJpeg(test::readBytes(test::makeJpeg(
-        dir.path(), "2.jpg", {"-Make=Second", "-XMP-dc:Title=Dropped", thumbnail})));
-    const JpegLayout::Segment firstExif = *test::scanJpeg(first).first(0xE1);
-    Bytes extra;
-    for (const auto& s : second.segments) {
-        if (s.marker == 0xE1) extra = extra + withMarker(s);  // its EXIF and XMP
-    }
-    const Bytes source = test::withSegmentsAfterSoi(first, withMarker(firstExif) + extra);
-
-    const auto written = JpegContext().copyExif(source, target());
+// Without an EXIF block to come first, the output needs the writer's JFIF header.
+TEST_F(TransplantTest, ACommentAloneIsCarriedBehindAJfifHeader) {
+    const Bytes source = test::readBytes(
+        test::makeJpeg(dir.path(), "plain.jpg", {"-Comment=just words\r\nand more"}));
+    const Bytes encoded = target();
+    const auto written = JpegContext().copyExif(source, encoded);
     ASSERT_TRUE(written);
-    const JpegLayout result = test::scanJpeg(*written);
-    EXPECT_EQ(std::count_if(result.segments.begin(), result.segments.end(),
-                            [](const auto& s) { return s.marker == 0xE1; }),
-              1);
-    EXPECT_EQ(result.segments[0].data.size(), firstExif.data.size());
+    EXPECT_EQ(*written, (Bytes{0xFF, 0xD8} + test::kJfif300 +
+                         withMarker(*test::scanJpeg(source).first(0xFE)) + keptOfTarget(encoded)));
     const QJsonObject json = exiftoolOf(*written);
-    EXPECT_EQ(json["IFD0:Make"].toString(), "First");
-    EXPECT_FALSE(json.contains("XMP-dc:Title"));
+    EXPECT_EQ(json["JFIF:XResolution"].toInt(), 300);
+    EXPECT_EQ(json["File:Comment"].toString(), "just words\r\nand more");
 }
 
 TEST_F(TransplantTest, RefusalsSayWhyAndLeaveNothing) {
@@ -187,9 +147,6 @@ TEST_F(TransplantTest, RefusalsSayWhyAndLeaveNothing) {
         std::string out, err;
     } cases[] = {
         {"source is a PNG", png, encoded, "Not JPEG (or bad one): source\n", ""},
-        {"target with seven padding bytes", good,
-         Bytes{0xFF, 0xD8} + Bytes(6, 0xFF) + Bytes(encoded.begin() + 2, encoded.end()),
-         "too many padding bytes\nNot JPEG (or bad one): target\n", ""},
         {"target cut short", good, Bytes(encoded.begin(), encoded.begin() + 100),
          "Not JPEG (or bad one): target\n", "Error : Premature end of file?\n"},
     };
@@ -215,9 +172,9 @@ TEST_F(TransplantTest, UprightTransplantSetsOrientationOneAndIgnoresNonJpegSourc
     EXPECT_EQ(json["IFD0:Make"].toString(), "Upright");
     EXPECT_EQ(json["IFD0:Orientation"].toInt(), 1);
 
-    const Bytes png = test::readBytes(
-        test::makeJpeg(dir.path(), "plain.png", {}, "8x8", "xc:red"));
+    const Bytes png = test::readBytes(test::makeJpeg(dir.path(), "plain.png", {}, "8x8", "xc:red"));
     for (const Bytes& notJpeg : {png, Bytes{'n', 'o', 't', 'e', 's'}, Bytes{0xFF}, Bytes{}}) {
+        SCOPED_TRACE(std::to_string(notJpeg.size()) + " bytes");
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
         EXPECT_FALSE(transplantExifUpright(notJpeg, fresh));
