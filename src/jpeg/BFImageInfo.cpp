@@ -9,7 +9,6 @@
 #include <cmath>
 
 #include "jpeg/JpegContext.h"
-#include "jpeg/OrientationTag.h"
 #include "platform/ImageLoader.h"
 
 namespace marigold {
@@ -107,20 +106,6 @@ bool BFImageInfo::_readAnyImage() {
     _fileDate = file.lastModified();
     _thumbnail = fittedImage(image.toQImage(), 32, 32);
     return true;
-}
-
-bool BFImageInfo::copyInfoFromPath(const QString& source, const QString& target) {
-    // A context of its own: the transplant leaves it empty whether it succeeds or not.
-    JpegContext context;
-    return context.copyExif(fileSystemName(source), fileSystemName(target));
-}
-
-int BFImageInfo::orientationForPath(const QString& path) {
-    return marigold::orientationForPath(fileSystemName(path));
-}
-
-int BFImageInfo::setOrientationForPath(int orientation, const QString& path) {
-    return marigold::setOrientationForPath(orientation, fileSystemName(path));
 }
 
 QString BFImageInfo::name() const { return QFileInfo(_path).completeBaseName(); }

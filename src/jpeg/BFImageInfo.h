@@ -21,11 +21,6 @@ public:
     // Fitted into w x h (aspect kept); null for an empty image.
     static QImage fittedImage(const QImage& image, int w, int h);
 
-    // The EXIF transplant of output JPEGs, and the in-place orientation tag.
-    static bool copyInfoFromPath(const QString& source, const QString& target);
-    static int orientationForPath(const QString& path);
-    static int setOrientationForPath(int orientation, const QString& path);
-
     QString path() const { return _path; }
     QString name() const;
     QString kind() const { return _kind; }

@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <filesystem>
 #include <system_error>
 
@@ -26,24 +25,24 @@ void JpegContext::_recordFileFacts(const std::string& path) {
     }
 }
 
-bool JpegContext::parseFile(const std::string& path) {
-    _currentFile = path;
+void JpegContext::_startAfresh() {
     resetJpgfile();
     _info = ImageInfo{};
     _info.flashUsed = -1;
     _info.meteringMode = -1;
+}
+
+bool JpegContext::parseFile(const std::string& path) {
+    _currentFile = path;
+    _startAfresh();
     _recordFileFacts(path);
     return readJpegFile(path, READ_EXIF);
 }
 
-void JpegContext::_startTransplant() {
-    resetJpgfile();
-    _info = ImageInfo{};
-    _info.flashUsed = -1;
-    _info.meteringMode = -1;
-}
-
-void JpegContext::_keepExifWithoutThumbnailPointers() {
+std::optional<std::vector<std::uint8_t>> JpegContext::copyExif(
+    std::span<const std::uint8_t> source, std::span<const std::uint8_t> target) {
+    _startAfresh();
+    if (!readJpegBuffer(source, READ_EXIF, "source")) return std::nullopt;
     discardAllButExif();
     // The thumbnail itself is no EXIF block: parsing it changes nothing, and the pointer
     // entries go from the directory remembered from the source's block, which keeps its
@@ -51,39 +50,6 @@ void JpegContext::_keepExifWithoutThumbnailPointers() {
     if (_info.thumbnailLocation) {
         removeThumbnail({_info.thumbnailLocation, _info.thumbnailSize});
     }
-}
-
-bool JpegContext::copyExif(const std::string& source, const std::string& target) {
-    _currentFile = target;
-    _startTransplant();
-    _recordFileFacts(source);
-    _info.fileName = source.substr(0, ImageInfo::kMaxFileName);
-    if (!readJpegFile(source, READ_EXIF)) return false;
-    _keepExifWithoutThumbnailPointers();
-    if (!readJpegFile(target, READ_IMAGE)) return false;
-
-    // The target is moved aside rather than overwritten, and put back if the new file
-    // cannot be written, so a failure never costs the encoder's file.
-    const std::string backup = target + ".t";
-    std::remove(backup.c_str());
-    bool ok = std::rename(target.c_str(), backup.c_str()) == 0;
-    if (ok) {
-        ok = writeJpegFile(target);
-        if (ok) {
-            std::remove(backup.c_str());
-        } else {
-            std::rename(backup.c_str(), target.c_str());
-        }
-    }
-    discardData();
-    return ok;
-}
-
-std::optional<std::vector<std::uint8_t>> JpegContext::copyExif(
-    std::span<const std::uint8_t> source, std::span<const std::uint8_t> target) {
-    _startTransplant();
-    if (!readJpegBuffer(source, READ_EXIF, "source")) return std::nullopt;
-    _keepExifWithoutThumbnailPointers();
     if (!readJpegBuffer(target, READ_IMAGE, "target")) return std::nullopt;
     std::vector<std::uint8_t> bytes = writeJpegBuffer();
     discardData();

@@ -10,10 +10,8 @@ namespace marigold {
 // What the section reader and the EXIF parser learn about one file. Zero (or empty) means
 // not found; flash used and metering mode are -1 when unknown.
 struct ImageInfo {
-    static constexpr std::size_t kMaxFileName = 1024;
     static constexpr std::size_t kMaxComment = 1998;
 
-    std::string fileName;
     std::time_t fileDateTime = 0;
     std::uint64_t fileSize = 0;
     std::string cameraMake;

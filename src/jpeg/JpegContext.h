@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -63,8 +62,7 @@ public:
     bool readJpegFile(const std::string& path, int mode);
     // The same for bytes in memory; `name` stands for the path in the message.
     bool readJpegBuffer(std::span<const std::uint8_t> bytes, int mode, const std::string& name);
-    // The reader itself, appending to the table: from an open file, or from memory.
-    bool readJpegSections(std::FILE* file, int mode);
+    // The reader itself, appending to the table.
     bool readJpegSections(std::span<const std::uint8_t> bytes, int mode);
 
     // Leaves the table holding exactly the first APP1 and the first COM section.
@@ -74,14 +72,11 @@ public:
     // which the block could be cut.
     std::size_t removeThumbnail(std::span<std::uint8_t> block);
 
-    // Puts a file together from the table. The file version answers whether it was written.
-    bool writeJpegFile(const std::string& path);
+    // Puts a file together from the table.
     std::vector<std::uint8_t> writeJpegBuffer();
 
-    // Rewrites `target` to carry the EXIF block and comment of `source`. The target is left
-    // as it was on any failure.
-    bool copyExif(const std::string& source, const std::string& target);
-    // The same on bytes in memory: the rewritten target, or nothing on failure.
+    // The file `target` carrying the EXIF block and comment of the file `source`, or nothing
+    // on failure.
     std::optional<std::vector<std::uint8_t>> copyExif(std::span<const std::uint8_t> source,
                                                       std::span<const std::uint8_t> target);
 
@@ -106,9 +101,8 @@ private:
     bool _readJpeg(JpegByteSource& in, int mode, const std::string& name);
     void _dropLastSection();
     void _forgetPointersInto(const std::vector<std::uint8_t>& freed);
-    void _writeSections(const std::function<void(const std::uint8_t*, std::size_t)>& put) const;
-    void _startTransplant();
-    void _keepExifWithoutThumbnailPointers();
+    // Empties the table and the record; flash and metering mode start as unknown.
+    void _startAfresh();
     void _recordFileFacts(const std::string& path);
 
     void _processExifDir(std::uint64_t dirStart, int nestingLevel);

@@ -147,11 +147,6 @@ void JpegContext::_dropLastSection() {
     _sections.pop_back();
 }
 
-bool JpegContext::readJpegSections(std::FILE* file, int mode) {
-    FileSource in(file);
-    return _readSections(in, mode);
-}
-
 bool JpegContext::readJpegSections(std::span<const std::uint8_t> bytes, int mode) {
     MemorySource in(bytes);
     return _readSections(in, mode);
@@ -305,44 +300,26 @@ void JpegContext::discardAllButExif() {
     if (comment) _sections.push_back(std::move(*comment));
 }
 
-void JpegContext::_writeSections(
-    const std::function<void(const std::uint8_t*, std::size_t)>& put) const {
+std::vector<std::uint8_t> JpegContext::writeJpegBuffer() {
+    if (!_haveAll) errFatal("Can't write back - didn't read all");
     static constexpr std::uint8_t kSoi[] = {0xFF, 0xD8};
     // APP0 "JFIF" 1.01, 300 dots per inch both ways, no thumbnail.
     static constexpr std::uint8_t kJfif[] = {0xFF, 0xE0, 0x00, 0x10, 0x4A, 0x46, 0x49, 0x46, 0x00,
                                              0x01, 0x01, 0x01, 0x01, 0x2C, 0x01, 0x2C, 0x00, 0x00};
-    put(kSoi, sizeof kSoi);
+    std::vector<std::uint8_t> out(std::begin(kSoi), std::end(kSoi));
+    const auto put = [&out](const std::uint8_t* bytes, std::size_t n) {
+        out.insert(out.end(), bytes, bytes + n);
+    };
     if (_sections.empty() || (_sections[0].type != M_APP0 && _sections[0].type != M_APP1)) {
         put(kJfif, sizeof kJfif);
     }
-    if (_sections.empty()) return;
+    if (_sections.empty()) return out;
     for (std::size_t i = 0; i + 1 < _sections.size(); ++i) {
         const std::uint8_t marker[] = {0xFF, std::uint8_t(_sections[i].type)};
         put(marker, sizeof marker);
         put(_sections[i].data.data(), _sections[i].size());
     }
     put(_sections.back().data.data(), _sections.back().size());
-}
-
-bool JpegContext::writeJpegFile(const std::string& path) {
-    if (!_haveAll) errFatal("Can't write back - didn't read all");
-    std::FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file) {
-        errFatal("Could not open file for write");
-        return false;
-    }
-    bool ok = true;
-    _writeSections([&](const std::uint8_t* bytes, std::size_t n) {
-        ok = ok && std::fwrite(bytes, 1, n, file) == n;
-    });
-    return std::fclose(file) == 0 && ok;
-}
-
-std::vector<std::uint8_t> JpegContext::writeJpegBuffer() {
-    if (!_haveAll) errFatal("Can't write back - didn't read all");
-    std::vector<std::uint8_t> out;
-    _writeSections(
-        [&](const std::uint8_t* bytes, std::size_t n) { out.insert(out.end(), bytes, bytes + n); });
     return out;
 }
 

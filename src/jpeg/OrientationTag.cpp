@@ -1,10 +1,8 @@
 #include "jpeg/OrientationTag.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <optional>
-#include <vector>
 
 #include "jpeg/ExifBytes.h"
 
@@ -72,27 +70,6 @@ std::span<const std::uint8_t> tiffOf(std::span<const std::uint8_t> file) {
     return file.subspan(kTiffStart, *n);
 }
 
-// Opens the file for update, as a rewrite needs, and reads its TIFF structure.
-struct OpenedFile {
-    std::FILE* file = nullptr;
-    std::vector<std::uint8_t> tiff;
-    std::optional<OrientationEntry> found;
-
-    explicit OpenedFile(const std::string& path) : file(std::fopen(path.c_str(), "r+b")) {
-        if (!file) return;
-        std::uint8_t head[kTiffStart];
-        if (std::fread(head, 1, sizeof head, file) != sizeof head) return;
-        const std::optional<std::size_t> n = tiffLength(head);
-        if (!n) return;
-        tiff.resize(*n);
-        if (std::fread(tiff.data(), 1, tiff.size(), file) != tiff.size()) return;
-        found = findOrientation(tiff);
-    }
-    ~OpenedFile() {
-        if (file) std::fclose(file);
-    }
-};
-
 }  // namespace
 
 int getOrientation(std::span<const std::uint8_t> file) {
@@ -107,26 +84,6 @@ int setOrientation(std::span<std::uint8_t> file, std::uint8_t orientation) {
     if (!found) return 0;
     const int old = oldValue(tiff, *found);
     newEntryTail(file.data() + kTiffStart + found->entry + 2, orientation, found->motorola);
-    return old;
-}
-
-int orientationForPath(const std::string& path) {
-    const OpenedFile opened(path);
-    return opened.found ? oldValue(opened.tiff, *opened.found) : 0;
-}
-
-int setOrientationForPath(int orientation, const std::string& path) {
-    OpenedFile opened(path);
-    if (!opened.found) return 0;
-    const int old = oldValue(opened.tiff, *opened.found);
-    std::uint8_t tail[10];
-    newEntryTail(tail, std::uint8_t(orientation & 0xFF), opened.found->motorola);
-    const long at = long(kTiffStart + opened.found->entry + 2);
-    if (std::fseek(opened.file, at, SEEK_SET) != 0 ||
-        std::fwrite(tail, 1, sizeof tail, opened.file) != sizeof tail ||
-        std::fflush(opened.file) != 0) {
-        return 0;
-    }
     return old;
 }
 

@@ -4,39 +4,36 @@
 #include <filesystem>
 
 #include "../../fuzz/FuzzBodies.h"
-#include "jpeg/JpegTestFiles.h"
+#include "support/ToolsAndFiles.h"
 
 namespace marigold {
 namespace {
 
 namespace fs = std::filesystem;
 
-struct Target {
-    const char* name;
-    void (*body)(std::span<const std::uint8_t>);
-};
-
-constexpr Target kTargets[] = {
-    {"sections_exif", fuzz::readSectionsForExif},
-    {"sections_image", fuzz::readSectionsWithImage},
-    {"exif_block", fuzz::parseExifBlock},
-    {"orientation", fuzz::readAndWriteOrientation},
-    {"transplant", fuzz::transplantExif},
-};
+using Body = void (*)(std::span<const std::uint8_t>);
 
 struct Input {
-    const Target* target;
+    std::string target;
+    Body body;
     fs::path path;
 };
 
 std::vector<Input> savedInputs() {
+    const std::pair<const char*, Body> targets[] = {
+        {"sections_exif", fuzz::readSectionsForExif},
+        {"sections_image", fuzz::readSectionsWithImage},
+        {"exif_block", fuzz::parseExifBlock},
+        {"orientation", fuzz::readAndWriteOrientation},
+        {"transplant", fuzz::transplantExif},
+    };
     std::vector<Input> inputs;
-    for (const Target& target : kTargets) {
-        const fs::path folder = fs::path(FUZZ_REGRESSIONS_DIR) / target.name;
+    for (const auto& [name, body] : targets) {
         std::error_code error;
-        for (const fs::directory_entry& file : fs::directory_iterator(folder, error)) {
+        const fs::path folder = fs::path(FUZZ_REGRESSIONS_DIR) / name;
+        for (const auto& file : fs::directory_iterator(folder, error)) {
             if (file.is_regular_file() && file.path().filename().string()[0] != '.') {
-                inputs.push_back({&target, file.path()});
+                inputs.push_back({name, body, file.path()});
             }
         }
     }
@@ -50,13 +47,13 @@ class FuzzRegression : public testing::TestWithParam<Input> {};
 TEST_P(FuzzRegression, RunsToTheEnd) {
     const test::Bytes bytes = test::readBytes(GetParam().path.string());
     ASSERT_FALSE(bytes.empty()) << GetParam().path;
-    GetParam().target->body(bytes);
+    GetParam().body(bytes);
 }
 
 INSTANTIATE_TEST_SUITE_P(Saved, FuzzRegression, testing::ValuesIn(savedInputs()),
                          [](const testing::TestParamInfo<Input>& info) {
-                             std::string name = std::string(info.param.target->name) + "_" +
-                                                info.param.path.filename().string();
+                             std::string name =
+                                 info.param.target + "_" + info.param.path.filename().string();
                              for (char& c : name) {
                                  if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
                              }

@@ -1,5 +1,7 @@
 #include <QTemporaryDir>
 
+#include <tuple>
+
 #include "jpeg/JpegTestFiles.h"
 
 namespace marigold {
@@ -13,33 +15,34 @@ const Bytes kSoi{0xFF, 0xD8};
 const Bytes kEoi{0xFF, 0xD9};
 const Bytes kScanData{0x12, 0x34, 0xFF, 0x00, 0x56, 0xFF, 0xD9};  // entropy data and EOI
 
-Bytes frame(std::uint8_t marker = 0xC0, int width = 640, int height = 480, int components = 3) {
+Bytes frame(unsigned marker = 0xC0, int width = 640, int height = 480, int components = 3) {
     Bytes payload{8,
                   std::uint8_t(height >> 8),
                   std::uint8_t(height),
                   std::uint8_t(width >> 8),
                   std::uint8_t(width),
                   std::uint8_t(components)};
-    for (int c = 0; c < components; ++c)
-        payload.insert(payload.end(), {std::uint8_t(c + 1), 0x11, 0});
-    return segment(marker, payload);
+    for (int c = 0; c < components; ++c) payload = payload + Bytes{std::uint8_t(c + 1), 0x11, 0};
+    return segment(std::uint8_t(marker), payload);
 }
-Bytes table(std::uint8_t marker = 0xDB, std::uint8_t fill = 1) {
-    return segment(marker, Bytes(65, fill));
+Bytes table(std::uint8_t marker = 0xDB) {
+    return segment(marker, Bytes(65, 1));
 }
 Bytes scan() {
     return segment(0xDA, {1, 1, 0, 0, 63, 0}) + kScanData;
 }
+Bytes app(std::uint8_t marker, const std::string& text) {
+    return segment(marker, Bytes(text.begin(), text.end()));
+}
 Bytes comment(const std::string& text) {
-    return segment(0xFE, Bytes(text.begin(), text.end()));
+    return app(0xFE, text);
 }
-Bytes app(std::uint8_t marker, const std::string& id) {
-    return segment(marker, Bytes(id.begin(), id.end()));
-}
-// The smallest EXIF block the reader keeps: a TIFF header and an empty first directory.
-Bytes exifApp1() {
-    return segment(0xE1,
-                   {'E', 'x', 'i', 'f', 0, 0, 'I', 'I', 0x2A, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+// The smallest EXIF block the reader keeps: a TIFF header and an empty first directory, then
+// bytes nothing refers to.
+Bytes exifApp1(const Bytes& unused = {}) {
+    return segment(
+        0xE1,
+        Bytes{'E', 'x', 'i', 'f', 0, 0, 'I', 'I', 0x2A, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0, 0} + unused);
 }
 Bytes padded(int padding, const Bytes& s) {
     return Bytes(std::size_t(padding - 1), 0xFF) + s;
@@ -122,18 +125,19 @@ const Bytes kMixed = kSoi + app(0xE0, "JFIF") + app(0xE1, "http://ns.adobe.com/x
 
 TEST(JpegReader, ExifModeKeepsTheExifBlockAndFirstCommentAndStopsAtTheScan) {
     JpegContext context;
+    test::CapturedStreams streams(context);
     ASSERT_TRUE(context.readJpegSections(kMixed, READ_EXIF));
     EXPECT_EQ(types(context),
               (std::vector<unsigned>{0xE1, 0xFE, 0xE2, 0xDB, 0xC2, 0xC4, 0xDD, 0xDA}));
     const Bytes exif = exifApp1();
     EXPECT_EQ(context.sections()[0].data, Bytes(exif.begin() + 2, exif.end()))
         << "stored from the length bytes on";
-    EXPECT_EQ(context.sections()[0].size(), exif.size() - 2);
-    EXPECT_EQ(context.imageInfo().comments, "first");
-    EXPECT_EQ(context.imageInfo().width, 300);
-    EXPECT_EQ(context.imageInfo().height, 200);
-    EXPECT_FALSE(context.imageInfo().isColor);
-    EXPECT_EQ(context.imageInfo().process, 0xC2);
+    const ImageInfo& info = context.imageInfo();
+    EXPECT_EQ(info.comments, "first");
+    EXPECT_EQ(std::tuple(info.width, info.height, info.isColor, info.process),
+              std::tuple(300, 200, false, 0xC2));
+    context.writeJpegBuffer();
+    EXPECT_EQ(streams.err(), "Error : Can't write back - didn't read all\n");
 }
 
 TEST(JpegReader, ImageModeDropsMetadataAndKeepsTheRestOfTheFile) {
@@ -151,21 +155,16 @@ TEST(JpegReader, ImageModeDropsMetadataAndKeepsTheRestOfTheFile) {
     EXPECT_EQ(context.writeJpegBuffer(), expected);
 }
 
+// C4, C8 and CC share the range of the start-of-frame codes but are tables.
 TEST(JpegReader, FrameMarkersAreTheStartOfFrameCodesOnly) {
-    for (const std::uint8_t marker :
-         {0xC0, 0xC1, 0xC2, 0xC3, 0xC5, 0xC6, 0xC7, 0xC9, 0xCA, 0xCB, 0xCD, 0xCE, 0xCF}) {
+    for (unsigned marker = 0xC0; marker <= 0xCF; ++marker) {
+        const bool isFrame = marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
         JpegContext context;
         ASSERT_TRUE(context.readJpegSections(kSoi + frame(marker, 17, 9, 3) + scan(), READ_EXIF));
-        EXPECT_EQ(context.imageInfo().process, marker);
-        EXPECT_EQ(context.imageInfo().width, 17);
-        EXPECT_EQ(context.imageInfo().height, 9);
-        EXPECT_TRUE(context.imageInfo().isColor);
-    }
-    for (const std::uint8_t tables : {0xC4, 0xC8, 0xCC}) {
-        JpegContext context;
-        ASSERT_TRUE(context.readJpegSections(kSoi + frame(tables, 17, 9, 3) + scan(), READ_EXIF));
-        EXPECT_EQ(context.imageInfo().process, 0) << std::hex << int(tables);
-        EXPECT_EQ(context.imageInfo().width, 0);
+        const ImageInfo& info = context.imageInfo();
+        EXPECT_EQ(info.process, isFrame ? int(marker) : 0) << std::hex << marker;
+        EXPECT_EQ(std::tuple(info.width, info.height, info.isColor),
+                  isFrame ? std::tuple(17, 9, true) : std::tuple(0, 0, false));
     }
 }
 
@@ -192,34 +191,19 @@ TEST(JpegReader, CommentTextRules) {
 
 TEST(JpegReader, DiscardAllButExifLeavesTheFirstExifBlockThenTheFirstComment) {
     JpegContext context;
-    const Bytes file = kSoi + comment("c1") + exifApp1() + table() + frame() + exifApp1() + scan();
+    const Bytes file =
+        kSoi + comment("c1") + exifApp1() + table() + frame() + exifApp1({2}) + scan();
     ASSERT_TRUE(context.readJpegSections(file, READ_EXIF));
     EXPECT_EQ(types(context), (std::vector<unsigned>{0xFE, 0xE1, 0xDB, 0xC0, 0xE1, 0xDA}));
     context.discardAllButExif();
-    EXPECT_EQ(types(context), (std::vector<unsigned>{0xE1, 0xFE}));
+    ASSERT_EQ(types(context), (std::vector<unsigned>{0xE1, 0xFE}));
+    EXPECT_EQ((Bytes{0xFF, 0xE1} + context.sections()[0].data), exifApp1());
+    EXPECT_EQ((Bytes{0xFF, 0xFE} + context.sections()[1].data), comment("c1"));
 
     JpegContext without;
     ASSERT_TRUE(without.readJpegSections(kSoi + table() + frame() + scan(), READ_EXIF));
     without.discardAllButExif();
     EXPECT_TRUE(without.sections().empty());
-}
-
-TEST(JpegReader, WritingWhatWasNotReadWholeIsReportedAndGoesOn) {
-    QTemporaryDir dir;
-    JpegContext context;
-    test::CapturedStreams streams(context);
-    ASSERT_TRUE(context.readJpegSections(kSoi + frame() + scan(), READ_EXIF));
-    const std::string path = dir.filePath("partial.jpg").toStdString();
-    EXPECT_TRUE(context.writeJpegFile(path));
-    EXPECT_EQ(streams.err(), "Error : Can't write back - didn't read all\n");
-    EXPECT_EQ(test::readBytes(path), context.writeJpegBuffer());
-
-    EXPECT_FALSE(context.writeJpegFile(dir.filePath("missing/x.jpg").toStdString()));
-    EXPECT_EQ(streams.err(),
-              "Error : Can't write back - didn't read all\n"
-              "Error : Can't write back - didn't read all\n"
-              "Error : Can't write back - didn't read all\n"
-              "Error : Could not open file for write\n");
 }
 
 // A real file cut at every length: the reader either refuses it with a message or, once

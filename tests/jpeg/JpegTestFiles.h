@@ -103,14 +103,6 @@ inline JpegLayout scanJpeg(const Bytes& file) {
     return layout;
 }
 
-// Inserts segments right after the start-of-image marker.
-inline Bytes withSegmentsAfterSoi(const Bytes& file, const Bytes& segments) {
-    Bytes out(file.begin(), file.begin() + 2);
-    out.insert(out.end(), segments.begin(), segments.end());
-    out.insert(out.end(), file.begin() + 2, file.end());
-    return out;
-}
-
 // Whatever the context says, kept apart for each stream.
 class CapturedStreams {
 public:

@@ -81,6 +81,17 @@ inline QJsonObject exiftoolJson(const std::string& path) {
     return exiftoolJson(QString::fromStdString(path));
 }
 
+// exiftool's warnings and errors about a file, without their labels.
+inline QStringList exiftoolProblems(const std::string& path) {
+    QStringList found;
+    const QString report =
+        exiftool({"-validate", "-warning", "-error", "-a", QString::fromStdString(path)});
+    for (const QString& line : report.split('\n')) {
+        if (line.startsWith("Warning") || line.startsWith("Error")) found << line.section(": ", 1);
+    }
+    return found;
+}
+
 // A small colour JPEG made by ImageMagick (so with a JFIF header and no EXIF), then given
 // `tags` by exiftool when there are any.
 inline std::string makeJpeg(const QString& dir, const QString& name, const QStringList& tags = {},
