@@ -279,9 +279,7 @@ void JpegContext::_processExifDir(std::uint64_t dirStart, int nestingLevel) {
     if (link == 0) return;
     if (link < size) {
         _processExifDir(link, nestingLevel + 1);
-    } else if (link - size < kCutThumbnailSlack) {
-        if (_showTags && _out) std::fputs("Thumbnail removed by an older tool\n", _out);
-    } else {
+    } else if (link - size >= kCutThumbnailSlack) {
         errNonfatal("Illegal subdirectory link", 0, 0);
     }
 }
@@ -390,10 +388,7 @@ void JpegContext::_processTag(unsigned tag, int format, std::span<std::uint8_t> 
 }
 
 std::size_t JpegContext::removeThumbnail(std::span<std::uint8_t> block) {
-    const bool showTags = _showTags;
-    _showTags = false;
     processExif(block);
-    _showTags = showTags;
     if (!_thumbnailDirectory) return _lastByteReferred;
 
     const ThumbnailDirectory& dir = *_thumbnailDirectory;

@@ -43,15 +43,10 @@ public:
     // Messages go to these streams; nullptr silences one.
     void setErrorStream(std::FILE* stream) { _err = stream; }
     void setOutputStream(std::FILE* stream) { _out = stream; }
-    // Tag display: only the note about a thumbnail cut off by an older tool is printed.
-    void setShowTags(bool show) { _showTags = show; }
 
     const std::vector<Section>& sections() const { return _sections; }
-    bool haveAll() const { return _haveAll; }
     const ImageInfo& imageInfo() const { return _info; }
     ImageInfo& imageInfo() { return _info; }
-    const std::optional<std::string>& currentFile() const { return _currentFile; }
-    void setCurrentFile(std::optional<std::string> path) { _currentFile = std::move(path); }
 
     // Empties the table without touching the information record.
     void resetJpgfile();
@@ -112,7 +107,6 @@ private:
 
     std::FILE* _err;
     std::FILE* _out;
-    bool _showTags = false;
 
     std::vector<Section> _sections;
     bool _haveAll = false;

@@ -305,17 +305,5 @@ TEST_F(HeadlessExportFiles, FailuresSayWhyAndLeaveTheOutputAlone) {
     EXPECT_FALSE(QFileInfo::exists(path("no/such/folder/x.jpg")));
 }
 
-TEST_F(HeadlessExportFiles, ALimitedJpegEndsUnderTheLimitAfterSteppingDown) {
-    const QString in = savePng(test::photoLikeImage(1200, 900), "photo.png");
-    const QString out = path("limited.jpg");
-    const ExportResult result =
-        run(QStringLiteral("--export %1 --quality 100 --limit 200 %2").arg(out, in));
-    ASSERT_TRUE(result.error.isEmpty()) << result.error.toStdString();
-    ASSERT_GE(result.attempts.size(), 2u);
-    EXPECT_EQ(result.attempts.front().quality, 100);
-    EXPECT_LT(QFileInfo(out).size(), 200 * 1024);
-    EXPECT_EQ(QFileInfo(out).size(), result.attempts.back().size);
-}
-
 }  // namespace
 }  // namespace marigold
