@@ -72,7 +72,8 @@ TEST_F(DefaultsTest, TypedValuesAndFramesSurviveTheFile) {
     writer.setBool("b", true);
     writer.setInteger("i", -12345);
     writer.setFloat("f", 0.1f);
-    const QByteArray frame("\x01\xd9\xd0\xcb\x00\x03\x00\x00 =,\n", 14);
+    // Bytes as a saved window frame holds them: NULs, high bytes, INI punctuation.
+    const QByteArray frame = QByteArray::fromHex("01d9d0cb00030000203d2c0a");
     writer.setFrame("Frame", frame);
     const auto reader = reopenFromDisk(writer);
     EXPECT_TRUE(reader->boolForKey("b"));
