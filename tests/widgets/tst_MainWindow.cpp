@@ -32,6 +32,13 @@ private:
         return nullptr;
     }
 
+    // A 100 x 80 picture opened from a file of that name and wholly selected.
+    void openAndSelect(const QString& name) {
+        QVERIFY(controller->openFile(
+            test::writeJpeg(test::gradientImage(100, 80), dir.path(), name)));
+        controller->selectAll();
+    }
+
 private Q_SLOTS:
     void initTestCase() { QVERIFY(startVips("tst_MainWindow")); }
 
@@ -106,9 +113,7 @@ private Q_SLOTS:
     }
 
     void typedPercentSnapsInTheField() {
-        controller->openFile(
-            test::writeJpeg(test::gradientImage(100, 80), dir.path(), QStringLiteral("b.jpg")));
-        controller->selectAll();
+        openAndSelect(QStringLiteral("b.jpg"));
         auto* percent = window->findChild<QLineEdit*>(QStringLiteral("scalePercentField"));
         percent->setFocus();
         percent->selectAll();
@@ -123,9 +128,7 @@ private Q_SLOTS:
     // and what the controller then sends must not reach the half-destroyed window (the
     // sanitized run reports any call into it).
     void closingWithAnEditedFieldIsHarmless() {
-        controller->openFile(
-            test::writeJpeg(test::gradientImage(100, 80), dir.path(), QStringLiteral("c.jpg")));
-        controller->selectAll();
+        openAndSelect(QStringLiteral("c.jpg"));
         auto* width = window->findChild<QLineEdit*>(QStringLiteral("pixelWidthField"));
         width->setFocus();
         QTest::keyClicks(width, QStringLiteral("7"));
