@@ -58,7 +58,7 @@ public:
     void setQuality(const QString& text);
     bool limitFilesize() const;
     void setLimitFilesize(bool on);
-    QString filesizeLimit() const override;
+    QString filesizeLimit() const;
     void setFilesizeLimit(const QString& text);
 
     // Settings in fields.
@@ -126,7 +126,9 @@ public:
     // from a preview, and written once per state of the document and its settings.
     bool hasOutput() const;
     QString writeTmpFile() override;
-    bool limitTooLow() const override { return _writer.limitTooLow(); }
+    // True when the last write found no JPEG quality that keeps the file under the limit.
+    bool limitTooLow() const { return _writer.limitTooLow(); }
+    void alertIfLimitTooLow() override;
     void clearCache();
     void paste();
     void copyOutputImage();
@@ -186,12 +188,12 @@ private:
     static const TypedSetting kFilesizeLimit;
     QString _typedSetting(const TypedSetting& setting) const;
     void _setTypedSetting(const TypedSetting& setting, const QString& text);
-    void _registerMarqueeUndo(const Marquee& restore);
     void _showImage(const Image& image);
     Image _renderOutput(bool fast) const;
     // The output file, and in `rendered` (when given) the pixels it was encoded from.
     QString _writeTmpFile(Image* rendered);
     void _scaleToPixels(int pixels, float cropPixels, int current);
+    void _showPlannedSize(const CropPlan& plan);
     void _alert(const QString& title, const QString& text);
 
     Defaults& _defaults;

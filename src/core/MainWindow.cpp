@@ -59,7 +59,8 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
             [this](const Image& preview, const QString& message) {
                 _outputView->setImage(preview);
                 _outputView->setMessage(message);
-                _updateMenus();
+                // Previews come with every drag step: only what depends on them is updated.
+                _updateOutputItems();
             });
     connect(&_controller, &AppController::settingsChanged, &_connections,
             [this] { _outputView->setImageScaling(_controller.previewMode()); });
@@ -186,12 +187,16 @@ void MainWindow::_updateMenus() {
     _actions.undo->setEnabled(undo.canUndo());
     _actions.redo->setText(undo.redoMenuItemTitle());
     _actions.redo->setEnabled(undo.canRedo());
+    _updateOutputItems();
+    _actions.discard->setEnabled(_controller.document().hasImage());
+    _actions.revert->setEnabled(_controller.canRevert());
+}
+
+void MainWindow::_updateOutputItems() {
     const bool output = _controller.hasOutput();
     for (QAction* action : {_actions.save, _actions.print, _actions.copy}) {
         action->setEnabled(output);
     }
-    _actions.discard->setEnabled(_controller.document().hasImage());
-    _actions.revert->setEnabled(_controller.canRevert());
 }
 
 void MainWindow::_showDocument() {

@@ -49,6 +49,7 @@ private:
     void _buildMenus();
     void _showDocument();
     void _updateMenus();
+    void _updateOutputItems();
     void _equalisePanes();
     void _previewAfterLayout();
 

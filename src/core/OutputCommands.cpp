@@ -12,6 +12,8 @@
 namespace marigold {
 
 void AppController::clearCache() {
+    // Only a file still valid has its size shown; every drag step lands here.
+    if (!_writer.isCacheValid()) return;
     _writer.clearCache();
     Q_EMIT filesizeTextChanged(QString());
 }
@@ -25,8 +27,9 @@ QString AppController::_writeTmpFile(Image* rendered) {
     const OutputSettings settings = outputSettingsFor(
         fileFormat(), compression(), hasFilesizeLimit() ? filesizeLimit().toInt() : 0,
         _defaults.integerForKey(keys::DefPreserveExif), sourcePath());
+    // First: naming an unnamed document is itself a change of the document.
     const QString name = filename();
-    QString path = _writer.cachedPath(_document.revision(), settings, name);
+    QString path = _writer.cachedPath(_document.revision(), settings);
     if (!path.isEmpty()) {
         if (rendered) *rendered = _renderOutput(false);
         return path;
@@ -65,6 +68,14 @@ QString AppController::userEnteredFilename(const QString& name, int format) {
     const int dot = name.lastIndexOf(QLatin1Char('.'));
     const bool known = dot > 0 && recognised.contains(name.mid(dot + 1).toLower());
     return (known ? name.left(dot) : name) + QLatin1Char('.') + extensionForFormat(format);
+}
+
+void AppController::alertIfLimitTooLow() {
+    if (!_writer.limitTooLow()) return;
+    _alert(tr("File Size Limit Too Low"),
+           tr("Unable to keep file under %1 KB.\nPlease turn off file size limit or increase the "
+              "limit.")
+               .arg(filesizeLimit()));
 }
 
 void AppController::savePanelDidEnd(bool accepted, const QString& target) {

@@ -17,7 +17,8 @@ constexpr int kMinPreviewPixels = 64;
 // --- preview ----------------------------------------------------------------------------------
 
 Image AppController::_renderOutput(bool fast) const {
-    const float sharpnessNow = sharpen() ? sharpness() : 0.0f;
+    // The fast path never sharpens: the settings are not even read for it.
+    const float sharpnessNow = !fast && sharpen() ? sharpness() : 0.0f;
     return _imageProcessor.cropImage(_document.image(), _document.cropRect(), scaleFactor(),
                                      sharpnessNow, fast);
 }
@@ -46,10 +47,7 @@ void AppController::updatePreviewFast(bool fast) {
     } else if (!plan.isEmpty()) {
         preview = _renderOutput(fast);
     }
-    // The fields show the size the output file will have, whatever the preview holds.
-    _pixelWidth = plan.outputWide;
-    _pixelHeight = plan.outputHigh;
-    Q_EMIT pixelSizeChanged();
+    _showPlannedSize(plan);
     clearCache();
     Q_EMIT previewChanged(preview, message);
 }
@@ -59,6 +57,13 @@ void AppController::updatePreview() {
 }
 
 // --- output size in pixels ---------------------------------------------------------------------
+
+// The fields show the size the output file will have, whatever the preview holds.
+void AppController::_showPlannedSize(const CropPlan& plan) {
+    _pixelWidth = plan.outputWide;
+    _pixelHeight = plan.outputHigh;
+    Q_EMIT pixelSizeChanged();
+}
 
 void AppController::setPixelWidth(int width) {
     _pixelWidth = width;
@@ -77,11 +82,8 @@ void AppController::_scaleToPixels(int pixels, float cropPixels, int current) {
         setScaleFactor(float(pixels) / cropPixels);
         _later(100, [this] { updatePreview(); });
     }
-    // The fields show the size the output now has, whatever was typed.
-    const CropPlan plan = _document.cropPlan();
-    _pixelWidth = plan.outputWide;
-    _pixelHeight = plan.outputHigh;
-    Q_EMIT pixelSizeChanged();
+    // Whatever was typed, the fields end showing the size the output now has.
+    _showPlannedSize(_document.cropPlan());
 }
 
 void AppController::pixelWidthChanged() {
@@ -119,16 +121,8 @@ void AppController::scaleImageByPixels(int step) {
 
 // --- selection ---------------------------------------------------------------------------------
 
-void AppController::_registerMarqueeUndo(const Marquee& restore) {
-    QPointer<AppController> self(this);
-    _undoManager.registerUndo([self, restore] {
-        if (self) self->setMarquee(restore);
-    });
-    _undoManager.setActionName(tr("Crop Selection"));
-}
-
 void AppController::setMarquee(const Marquee& marquee) {
-    _registerMarqueeUndo(_document.marquee());
+    _registerUndo(_document.marquee(), &AppController::setMarquee, tr("Crop Selection"));
     _document.setMarquee(marquee);
     updatePreview();
 }
@@ -153,7 +147,7 @@ void AppController::dragMarquee(const Marquee& marquee) {
 }
 
 void AppController::finishMarqueeDrag(const Marquee& before, const Marquee& after) {
-    _registerMarqueeUndo(before);
+    _registerUndo(before, &AppController::setMarquee, tr("Crop Selection"));
     _document.setMarquee(after);
     updatePreview();
     setUserResizable(false);

@@ -9,9 +9,12 @@ namespace marigold {
 
 namespace {
 
-QByteArray contentsOf(const QString& path) {
+// The bytes of a JPEG file; nothing for any other file, which has no EXIF block to carry and
+// may be large.
+QByteArray jpegContentsOf(const QString& path) {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    if (!file.open(QIODevice::ReadOnly) || file.peek(2) != QByteArray("\xFF\xD8")) return {};
+    return file.readAll();
 }
 
 std::span<const std::uint8_t> bytesOf(const QByteArray& data) {
@@ -27,7 +30,7 @@ JpegFinish metadataStep(const OutputSettings& settings) {
         };
     }
     if (settings.preserveExif != 1 || settings.sourcePath.isEmpty()) return {};
-    const QByteArray source = contentsOf(settings.sourcePath);
+    const QByteArray source = jpegContentsOf(settings.sourcePath);
     if (source.isEmpty()) return {};
     return [source](const QByteArray& jpeg) {
         const auto carried = transplantExifUpright(bytesOf(source), bytesOf(jpeg));

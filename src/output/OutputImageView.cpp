@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QDrag>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
@@ -21,10 +20,6 @@ namespace marigold {
 
 OutputImageView::OutputImageView(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_OpaquePaintEvent);
-    showAlert = [this](const QString& title, const QString& text) {
-        QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, window());
-        box.exec();
-    };
 }
 
 QSize OutputImageView::sizeHint() const {
@@ -89,7 +84,7 @@ void OutputImageView::mouseMoveEvent(QMouseEvent* event) {
     _dragPending = false;
     if (_image.isNull()) return;
     if (_tmpPath.isEmpty()) {
-        if (_delegate && _delegate->limitTooLow()) _alertSizeLimit();
+        if (_delegate) _delegate->alertIfLimitTooLow();
     } else {
         _dragFile();
     }
@@ -118,14 +113,6 @@ void OutputImageView::_dragFile() {
         frame->activateWindow();
     }
     frame->setWindowOpacity(1.0);
-}
-
-void OutputImageView::_alertSizeLimit() {
-    if (!_delegate || !showAlert) return;
-    showAlert(tr("File Size Limit Too Low"),
-              tr("Unable to keep file under %1 KB.\nPlease turn off file size limit or increase "
-                 "the limit.")
-                  .arg(_delegate->filesizeLimit().toInt()));
 }
 
 QSize OutputImageView::displayPixelLimit() const {

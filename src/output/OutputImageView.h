@@ -40,8 +40,6 @@ public:
     // The file written by the last press.
     QString tmpPath() const { return _tmpPath; }
 
-    // Answers the "File Size Limit Too Low" alert; replaceable so tests need no modal dialog.
-    std::function<void(const QString& title, const QString& text)> showAlert;
     // Device pixels of the area the output is shown in: what a preview needs at most.
     QSize displayPixelLimit() const;
     // Where the image is drawn, in widget coordinates.
@@ -58,7 +56,6 @@ protected:
 private:
     void _updateFrame();
     void _dragFile();
-    void _alertSizeLimit();
     const QPixmap& _displayPixmap(QSize devicePixels);
 
     Image _image;

@@ -15,9 +15,9 @@ public:
 
     // The output written in the chosen format; empty when nothing could be written.
     virtual QString writeTmpFile() = 0;
-    // True when the last write found no JPEG quality that keeps the file under the limit.
-    virtual bool limitTooLow() const = 0;
-    virtual QString filesizeLimit() const = 0;
+    // A drag found no file to carry: says why when the person can act on it (no JPEG quality
+    // kept the last write under the size limit).
+    virtual void alertIfLimitTooLow() = 0;
     virtual Defaults& defaults() = 0;
 };
 

@@ -8,18 +8,17 @@ namespace marigold {
 
 namespace {
 
-// The metadata is left out: it is read from the source, which the revision already covers.
+// The source path and its metadata are left out: the document's revision covers them.
 bool sameChoices(const OutputSettings& a, const OutputSettings& b) {
     return a.format == b.format && a.quality == b.quality && a.limitKB == b.limitKB &&
-           a.preserveExif == b.preserveExif && a.sourcePath == b.sourcePath;
+           a.preserveExif == b.preserveExif;
 }
 
 }  // namespace
 
-QString TmpFileWriter::cachedPath(quint64 revision, const OutputSettings& settings,
-                                  const QString& name) const {
+QString TmpFileWriter::cachedPath(quint64 revision, const OutputSettings& settings) const {
     const bool valid = _cacheValid && revision == _revision && sameChoices(settings, _settings) &&
-                       name == _name && QFileInfo(_path).isReadable();
+                       QFileInfo(_path).isReadable();
     return valid ? _path : QString();
 }
 
@@ -35,7 +34,6 @@ QString TmpFileWriter::writeTmpFile(const Image& image, const OutputSettings& se
     _path = path;
     _revision = revision;
     _settings = settings;
-    _name = name;
     _cacheValid = true;
     return path;
 }

@@ -16,9 +16,9 @@ class TmpFileWriter {
 public:
     explicit TmpFileWriter(TempFolder& folder) : _folder(folder) {}
 
-    // The file written for document state `revision` with these settings under this name,
+    // The file written for document state `revision` (its name included) with these settings,
     // while the cache flag holds and the file is still there; empty otherwise.
-    QString cachedPath(quint64 revision, const OutputSettings& settings, const QString& name) const;
+    QString cachedPath(quint64 revision, const OutputSettings& settings) const;
     // Writes `image` under `name` into a fresh sub-folder. Empty when a JPEG could not be kept
     // under the size limit (`limitTooLow` then says so), when there is no temporary folder,
     // or when the file could not be written.
@@ -34,7 +34,6 @@ private:
     QString _path;
     quint64 _revision = 0;
     OutputSettings _settings;
-    QString _name;
     bool _cacheValid = false;
     bool _limitTooLow = false;
 };

@@ -60,14 +60,15 @@ Image decodeJpegInParallel(const QByteArray& name, const vips::VImage& upright,
                                     opaque);
 }
 
-Image decoded(const QByteArray& name, DamagedFiles damaged) {
+// The picture of the file, or why there is none; libvips errors are thrown. One open serves the
+// size check and the decode.
+LoadedImage decoded(const QByteArray& name, bool jpeg, DamagedFiles damaged) {
     const vips::VImage upright = opened(name, loadOptions(damaged));
-    const char* loader = vips_foreign_find_load(name.constData());
-    if (loader && QByteArray(loader).startsWith("VipsForeignLoadJpeg") &&
-        (long long)upright.width() * upright.height() >= kParallelJpegPixels) {
-        return decodeJpegInParallel(name, upright, damaged);
+    if (QString reason = tooLarge(upright); !reason.isEmpty()) return {{}, reason, {}};
+    if (jpeg && (long long)upright.width() * upright.height() >= kParallelJpegPixels) {
+        return {decodeJpegInParallel(name, upright, damaged), {}, {}};
     }
-    return Image::fromVips(upright);
+    return {Image::fromVips(upright), {}, {}};
 }
 
 }  // namespace
@@ -79,27 +80,29 @@ LoadedImage loadImageFile(const QString& path, DamagedFiles damaged) {
         return {{}, QStringLiteral("cannot read the file"), {}};
     if (info.size() == 0) return {{}, QStringLiteral("the file is empty"), {}};
     const QByteArray name = path.toLocal8Bit();
-    if (!vips_foreign_find_load(name.constData())) {
+    const char* loader = vips_foreign_find_load(name.constData());
+    if (!loader) {
         vips_error_clear();
         // Perhaps a format whose module was left out at start-up.
-        if (!loadDeferredVipsModules() || !vips_foreign_find_load(name.constData())) {
+        if (!loadDeferredVipsModules() || !(loader = vips_foreign_find_load(name.constData()))) {
             vips_error_clear();
             return {{}, QStringLiteral("not an image file"), {}};
         }
     }
+    const bool jpeg = QByteArray(loader).startsWith("VipsForeignLoadJpeg");
     try {
-        const vips::VImage header = vips::VImage::new_from_file(name.constData());
-        if (QString reason = tooLarge(header); !reason.isEmpty()) return {{}, reason, {}};
-        return {decoded(name, DamagedFiles::Refuse), {}, {}};
+        return decoded(name, jpeg, DamagedFiles::Refuse);
     } catch (const vips::VError& error) {
         vips_error_clear();
         const QString reason = firstLine(error.what());
         if (damaged == DamagedFiles::Refuse) return {{}, reason, {}};
         try {
-            return {decoded(name, damaged),
-                    {},
-                    QStringLiteral("only part of the picture could be read, the rest of the "
-                                   "file is damaged")};
+            LoadedImage partial = decoded(name, jpeg, damaged);
+            if (!partial.image.isNull()) {
+                partial.notice = QStringLiteral(
+                    "only part of the picture could be read, the rest of the file is damaged");
+            }
+            return partial;
         } catch (const vips::VError&) {
             vips_error_clear();
             return {{}, reason, {}};

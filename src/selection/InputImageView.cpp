@@ -165,7 +165,7 @@ void InputImageView::mousePressEvent(QMouseEvent* event) {
         marquee.setStartAndEndPoint(p, bounds);
         _state = Resizing;
     }
-    if (_delegate && !(marquee == _marqueeAtMouseDown)) _delegate->dragMarquee(marquee);
+    if (_delegate && marquee != _marqueeAtMouseDown) _delegate->dragMarquee(marquee);
     _updateCursor();
 }
 
@@ -187,7 +187,11 @@ void InputImageView::mouseMoveEvent(QMouseEvent* event) {
         const Marquee marquee = _draggedTo(p);
         _downPoint = p;
         if (_state == Resizing) _applyActualSizeScale(marquee);
-        if (_delegate) _delegate->dragMarquee(marquee);
+        if (_delegate) {
+            // The document's change repaints the view and sets the cursor.
+            _delegate->dragMarquee(marquee);
+            return;
+        }
     } else if (imageBounds().contains(p)) {
         _optionKeyDown = event->modifiers().testFlag(Qt::AltModifier);
     }

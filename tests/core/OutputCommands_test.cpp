@@ -148,6 +148,11 @@ TEST_F(OutputCommands, AnUnreachableLimitAlertsAndWritesNothing) {
                              "off file size limit or increase the limit and try again."));
     EXPECT_FALSE(QFileInfo::exists(target));
     EXPECT_TRUE(controller.limitTooLow());
+    // A drag that found no file says the same, in its own words.
+    controller.alertIfLimitTooLow();
+    EXPECT_EQ(window.alerts.last(),
+              QStringLiteral("File Size Limit Too Low|Unable to keep file under 10 KB.\nPlease turn "
+                             "off file size limit or increase the limit."));
 }
 
 TEST_F(OutputCommands, MetadataTravelsAsTheSettingSaysAndAlwaysSaysUpright) {
