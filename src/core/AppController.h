@@ -3,8 +3,10 @@
 #include <QObject>
 #include <QSize>
 #include <QString>
+#include <functional>
 
 #include "core/Document.h"
+#include "output/BackgroundOutputWriter.h"
 #include "output/OutputViewDelegate.h"
 #include "output/TempFolder.h"
 #include "output/TmpFileWriter.h"
@@ -103,6 +105,16 @@ public:
     void finishMarqueeDrag(const Marquee& before, const Marquee& after) override;
     void nudgeMarquee(const Marquee& marquee) override;
 
+    // Settings the menus change at once, without undo: "PreserveExif" (0 none, 1 the
+    // source's EXIF block, 2 all its metadata), "Interpolation" (0 default, 1 none, 2 low,
+    // 3 high) and "Border".
+    int preserveMetadata() const;
+    void setPreserveMetadata(int tag);
+    int imageInterpolation() const;
+    void setImageInterpolation(int tag);
+    bool border() const;
+    void toggleBorder();
+
     void clear();
     void resetControls();
     void preferenceDidChange();
@@ -120,7 +132,7 @@ public:
     TempFolder& tempFolder() { return _tempFolder; }
     QString tmpdir() { return _tempFolder.tmpdir(); }
     // At quit: the temporary folder and every output file in it go.
-    bool cleanupTmpdir() { return _tempFolder.cleanupTmpdir(); }
+    bool cleanupTmpdir();
 
     // The output leaving: always rendered from the document at full resolution, never taken
     // from a preview, and written once per state of the document and its settings.
@@ -130,6 +142,10 @@ public:
     bool limitTooLow() const { return _writer.limitTooLow(); }
     void alertIfLimitTooLow() override;
     void clearCache();
+    // The size of the file a save would write ("83 KB", "83 KB at quality 62" under a
+    // limit), or why there is none; empty while it is being written. After every full
+    // preview and change of the output settings the file is written in the background.
+    QString filesizeText() const { return _filesizeText; }
     void paste();
     void copyOutputImage();
     void saveDocumentAs();
@@ -190,6 +206,16 @@ private:
     void _setTypedSetting(const TypedSetting& setting, const QString& text);
     void _showImage(const Image& image);
     Image _renderOutput(bool fast) const;
+    // The output as a call that owns what it reads, so it may run on another thread.
+    std::function<Image()> _outputRenderer(bool fast) const;
+    OutputSettings _outputSettings() const;
+    // An output setting changed: the file no longer shows the output; a new one is made.
+    void _outputSettingsChanged();
+    void _scheduleLiveFile();
+    void _startLiveFile();
+    void _liveFileDone(const WrittenFile& file, quint64 generation);
+    void _showWrittenFile(const WrittenFile& file, const OutputSettings& settings);
+    void _setFilesizeText(const QString& text);
     // The output file, and in `rendered` (when given) the pixels it was encoded from.
     QString _writeTmpFile(Image* rendered);
     void _scaleToPixels(int pixels, float cropPixels, int current);
@@ -202,11 +228,21 @@ private:
     Document _document;
     TempFolder _tempFolder;
     TmpFileWriter _writer{_tempFolder};
+    // What the background job in flight was started for.
+    struct LiveJob {
+        quint64 generation = 0;
+        quint64 revision = 0;
+        OutputSettings settings;
+    } _liveJob;
+    bool _liveFilePending = false;
+    QString _filesizeText;
     RecentDocuments _recentDocuments;
     WindowSide* _window = nullptr;
     int _pixelWidth = 0;
     int _pixelHeight = 0;
     QString _title = QStringLiteral("Marigold");
+    // Last: destroyed first, so a running job ends before anything it writes into goes.
+    BackgroundOutputWriter _liveWriter;
 };
 
 }  // namespace marigold

@@ -68,7 +68,7 @@ void AppController::_setTypedSetting(const TypedSetting& setting, const QString&
     _registerUndo(_typedSetting(setting), setting.setter, tr(setting.actionName));
     _defaults.setInteger(setting.key, value);
     Q_EMIT settingsChanged();
-    clearCache();
+    _outputSettingsChanged();
 }
 
 bool AppController::sharpen() const {
@@ -97,7 +97,7 @@ int AppController::fileFormat() const {
 void AppController::setFileFormat(int format) {
     _storeSetting(DefFileFormat, fileFormat(), format, &AppController::setFileFormat,
                   tr("Format Change"));
-    clearCache();
+    _outputSettingsChanged();
 }
 
 int AppController::previewMode() const {
@@ -130,7 +130,7 @@ void AppController::setLimitFilesize(bool on) {
     }
     _storeSetting(DefLimitFilesize, limitFilesize(), on, &AppController::setLimitFilesize,
                   tr("%1 Filesize Limit").arg(on ? tr("Enable") : tr("Disable")));
-    clearCache();
+    _outputSettingsChanged();
 }
 
 QString AppController::filesizeLimit() const {

@@ -11,9 +11,11 @@
 
 #include "core/AppController.h"
 #include "core/OutputControls.h"
+#include "core/SettingsMenus.h"
 #include "core/ValueLabel.h"
 #include "jpeg/InfoController.h"
 #include "output/OutputImageView.h"
+#include "platform/DefaultsKeys.h"
 #include "selection/InputImageView.h"
 
 namespace marigold {
@@ -62,8 +64,10 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
                 // Previews come with every drag step: only what depends on them is updated.
                 _updateOutputItems();
             });
-    connect(&_controller, &AppController::settingsChanged, &_connections,
-            [this] { _outputView->setImageScaling(_controller.previewMode()); });
+    connect(&_controller, &AppController::settingsChanged, &_connections, [this] {
+        _outputView->setImageScaling(_controller.previewMode());
+        _inputView->setDrawCrossHair(_controller.defaults().boolForKey(keys::DefCrossHair));
+    });
     connect(&_controller, &AppController::titleChanged, &_connections,
             [this](const QString& title) { setWindowTitle(title); });
     _outputView->setImageScaling(_controller.previewMode());
@@ -169,6 +173,8 @@ void MainWindow::_buildMenus() {
     selectAll->setShortcut(QKeySequence::SelectAll);
     QAction* deselect = edit->addAction(tr("Deselect"), &_controller, &AppController::deselect);
     deselect->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A));
+
+    menuBar()->addMenu(buildOutputMenu(_controller, this, &_connections));
 
     // Shortcuts stay live while the menus are closed, so the state is kept current, not
     // only when a menu opens.

@@ -4,6 +4,7 @@
 
 #include "core/AppController.h"
 #include "core/WindowSide.h"
+#include "core/AppControllerTemplates.h"
 #include "output/FileSizeText.h"
 #include "platform/AtomicFile.h"
 #include "platform/Clipboard.h"
@@ -11,11 +12,90 @@
 
 namespace marigold {
 
+namespace {
+
+// Outputs larger than this get their file when one is asked for, not after every edit: the
+// encoder would hold a core and hundreds of megabytes for a size nobody may need.
+constexpr qint64 kMaxLiveFilePixels = 64'000'000;
+
+}  // namespace
+
+bool AppController::cleanupTmpdir() {
+    _liveWriter.waitUntilIdle();
+    return _tempFolder.cleanupTmpdir();
+}
+
 void AppController::clearCache() {
-    // Only a file still valid has its size shown; every drag step lands here.
-    if (!_writer.isCacheValid()) return;
+    // Every drag step lands here: only a label that changes is sent out.
     _writer.clearCache();
-    Q_EMIT filesizeTextChanged(QString());
+    _setFilesizeText(QString());
+}
+
+void AppController::_outputSettingsChanged() {
+    clearCache();
+    _scheduleLiveFile();
+}
+
+void AppController::_setFilesizeText(const QString& text) {
+    if (text == _filesizeText) return;
+    _filesizeText = text;
+    Q_EMIT filesizeTextChanged(text);
+}
+
+OutputSettings AppController::_outputSettings() const {
+    return outputSettingsFor(fileFormat(), compression(),
+                             hasFilesizeLimit() ? filesizeLimit().toInt() : 0,
+                             _defaults.integerForKey(keys::DefPreserveExif), sourcePath());
+}
+
+void AppController::_showWrittenFile(const WrittenFile& file, const OutputSettings& settings) {
+    if (file.outcome == OutputResult::LimitTooLow) {
+        _setFilesizeText(tr("File Size Limit Too Low: unable to keep file under %1 KB")
+                             .arg(settings.limitKB));
+    } else if (file.size <= 0) {
+        _setFilesizeText(QString());
+    } else if (settings.limitKB > 0) {
+        _setFilesizeText(
+            tr("%1 at quality %2").arg(stringWithFilesize(file.size)).arg(file.quality));
+    } else {
+        _setFilesizeText(stringWithFilesize(file.size));
+    }
+}
+
+// Several changes in one pass make one file, after them.
+void AppController::_scheduleLiveFile() {
+    if (_liveFilePending) return;
+    _liveFilePending = true;
+    _later(0, [this] {
+        _liveFilePending = false;
+        _startLiveFile();
+    });
+}
+
+void AppController::_startLiveFile() {
+    const quint64 generation = _writer.generation();
+    if (!hasOutput() || _writer.isCacheValid() || _writer.limitTooLow() ||
+        _liveWriter.isWriting(generation)) {
+        return;
+    }
+    // Huge outputs are written when they are asked for, not on every edit.
+    const CropPlan plan = _document.cropPlan();
+    if (qint64(plan.outputWide) * plan.outputHigh > kMaxLiveFilePixels) return;
+    const OutputSettings settings = _outputSettings();
+    const QString name = filename();
+    _liveJob = {generation, _document.revision(), settings};
+    _liveWriter.start({generation, _outputRenderer(false), _writer.freshPath(name, settings),
+                       settings});
+}
+
+void AppController::_liveFileDone(const WrittenFile& file, quint64 generation) {
+    const bool current = generation == _liveJob.generation &&
+                         _writer.adopt(file, generation, _liveJob.revision, _liveJob.settings);
+    if (current) {
+        _showWrittenFile(file, _liveJob.settings);
+    } else if (generation != _liveJob.generation) {
+        removeOutputFile(file.path);
+    }
 }
 
 QString AppController::writeTmpFile() {
@@ -24,23 +104,32 @@ QString AppController::writeTmpFile() {
 
 QString AppController::_writeTmpFile(Image* rendered) {
     if (!hasOutput()) return {};
-    const OutputSettings settings = outputSettingsFor(
-        fileFormat(), compression(), hasFilesizeLimit() ? filesizeLimit().toInt() : 0,
-        _defaults.integerForKey(keys::DefPreserveExif), sourcePath());
+    const OutputSettings settings = _outputSettings();
     // First: naming an unnamed document is itself a change of the document.
     const QString name = filename();
-    QString path = _writer.cachedPath(_document.revision(), settings);
-    if (!path.isEmpty()) {
-        if (rendered) *rendered = _renderOutput(false);
-        return path;
+    const quint64 generation = _writer.generation();
+    // The file being made in the background is the one wanted: waiting beats a second write.
+    if (_liveWriter.isWriting(generation)) {
+        if (const std::optional<WrittenFile> file = _liveWriter.waitFor(generation)) {
+            _liveFileDone(*file, generation);
+        }
     }
-    if (_window) _window->setBusy(true);
-    const Image output = _renderOutput(false);
-    path = _writer.writeTmpFile(output, settings, name, _document.revision());
-    if (_window) _window->setBusy(false);
-    const qint64 size = path.isEmpty() ? 0 : fileSizeAtPath(path);
-    Q_EMIT filesizeTextChanged(size > 0 ? stringWithFilesize(size) : QString());
-    if (rendered) *rendered = output;
+    QString path = _writer.cachedPath(_document.revision(), settings);
+    if (path.isEmpty() && _writer.limitTooLow()) return {};
+    if (path.isEmpty()) {
+        if (_window) _window->setBusy(true);
+        const Image output = _renderOutput(false);
+        const WrittenFile file =
+            _writer.writeTmpFile(output, settings, name, _document.revision());
+        if (_window) _window->setBusy(false);
+        _showWrittenFile(file, settings);
+        path = file.path;
+        if (rendered) *rendered = output;
+    } else if (rendered) {
+        *rendered = _renderOutput(false);
+    }
+    // Whoever asked hands the file on: it stays until quit.
+    if (!path.isEmpty()) _writer.markHandedOut();
     return path;
 }
 

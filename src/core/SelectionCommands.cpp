@@ -16,11 +16,17 @@ constexpr int kMinPreviewPixels = 64;
 
 // --- preview ----------------------------------------------------------------------------------
 
-Image AppController::_renderOutput(bool fast) const {
+std::function<Image()> AppController::_outputRenderer(bool fast) const {
     // The fast path never sharpens: the settings are not even read for it.
     const float sharpnessNow = !fast && sharpen() ? sharpness() : 0.0f;
-    return _imageProcessor.cropImage(_document.image(), _document.cropRect(), scaleFactor(),
-                                     sharpnessNow, fast);
+    return [processor = _imageProcessor, image = _document.image(), rect = _document.cropRect(),
+            scale = scaleFactor(), sharpnessNow, fast] {
+        return processor.cropImage(image, rect, scale, sharpnessNow, fast);
+    };
+}
+
+Image AppController::_renderOutput(bool fast) const {
+    return _outputRenderer(fast)();
 }
 
 void AppController::setPreviewPixelLimit(QSize devicePixels) {
@@ -50,6 +56,8 @@ void AppController::updatePreviewFast(bool fast) {
     _showPlannedSize(plan);
     clearCache();
     Q_EMIT previewChanged(preview, message);
+    // A full preview ends an edit: the file a save would write is made for its size.
+    if (!fast && !preview.isNull()) _scheduleLiveFile();
 }
 
 void AppController::updatePreview() {

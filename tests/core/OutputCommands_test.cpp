@@ -4,12 +4,14 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QUrl>
 
 #include <unistd.h>
 
+#include "output/FileSizeText.h"
 #include "platform/Clipboard.h"
 #include "platform/DefaultsKeys.h"
 #include "support/ControllerFixture.h"
@@ -104,8 +106,16 @@ TEST_F(OutputCommands, AWrittenFileIsReusedUntilTheDocumentOrASettingChanges) {
     EXPECT_EQ(QFileInfo(paths[2]).fileName(), QStringLiteral("holiday.gif"));
     EXPECT_EQ(QFileInfo(paths.last()).fileName(), QStringLiteral("trip.jpg"));
     // Each file keeps a folder of its own, named by a counter, under the private folder.
-    EXPECT_EQ(QFileInfo(paths.last()).dir().absolutePath(),
-              QDir(controller.tmpdir()).filePath(QString::number(paths.size() - 1)));
+    QSet<QString> folders;
+    for (const QString& path : paths) {
+        const QFileInfo folder(QFileInfo(path).absolutePath());
+        EXPECT_EQ(folder.absolutePath(), QDir(controller.tmpdir()).absolutePath());
+        bool number = false;
+        folder.fileName().toUInt(&number);
+        EXPECT_TRUE(number) << qPrintable(path);
+        folders << folder.fileName();
+    }
+    EXPECT_EQ(folders.size(), paths.size());
 }
 
 TEST_F(OutputCommands, SavingWritesTheFormatsExtensionInTheChosenFolderReplacingInOneStep) {
@@ -135,11 +145,39 @@ TEST_F(OutputCommands, SavingWritesTheFormatsExtensionInTheChosenFolderReplacing
     EXPECT_TRUE(written.startsWith(controller.tmpdir() + QLatin1Char('/')));
 }
 
-TEST_F(OutputCommands, AnUnreachableLimitAlertsAndWritesNothing) {
+// The label shows the size of the very file a save then copies, made in the background, and
+// the quality the search chose under a limit (ImageMagick reads it back from the tables).
+TEST_F(OutputCommands, TheLiveSizeIsTheFileASaveWrites) {
+    open(test::photoLikeImage(1200, 900));
+    const std::vector<std::pair<const char*, std::function<void()>>> choices = {
+        {"png", [&] { controller.setFileFormat(102); }},
+        {"gif", [&] { controller.setFileFormat(104); }},
+        {"jpeg 40", [&] { controller.setFileFormat(101), controller.setQuality("40"); }},
+        {"limit 50 KB", [&] { controller.setLimitFilesize(true), controller.setFilesizeLimit("50"); }},
+    };
+    for (const auto& [what, choose] : choices) {
+        choose();
+        const QString label = waitForFilesizeText();
+        window.busyChanges.clear();
+        const QString path = controller.writeTmpFile();
+        EXPECT_TRUE(window.busyChanges.isEmpty()) << what << ": the background file is reused";
+        const QString size = stringWithFilesize(QFileInfo(path).size());
+        if (controller.hasFilesizeLimit()) {
+            const QString quality = test::runTool("identify", {"-format", "%Q", path}).trimmed();
+            EXPECT_EQ(label, size + QStringLiteral(" at quality ") + quality) << what;
+            EXPECT_LT(QFileInfo(path).size(), 50 * 1024);
+        } else {
+            EXPECT_EQ(label, size) << what;
+        }
+    }
+}
+
+TEST_F(OutputCommands, AnUnreachableLimitIsAnnouncedAndAlertsAndWritesNothing) {
     open(test::photoLikeImage(1600, 1200));
-    defaults.setInteger(DefFileFormat, 101);
-    defaults.setBool(DefLimitFilesize, true);
-    defaults.setInteger(DefFilesizeLimit, 10);
+    controller.setLimitFilesize(true);
+    controller.setFilesizeLimit(QStringLiteral("10"));
+    EXPECT_EQ(waitForFilesizeText(),
+              QStringLiteral("File Size Limit Too Low: unable to keep file under 10 KB"));
     const QString target = dir.filePath(QStringLiteral("big.jpg"));
     controller.savePanelDidEnd(true, target);
     ASSERT_EQ(window.alerts.size(), 1);

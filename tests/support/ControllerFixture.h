@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QTemporaryDir>
 
 #include "core/AppController.h"
@@ -69,6 +70,16 @@ protected:
         finishPass();
         controller.undoManager().removeAllActions();
         return path;
+    }
+
+    // The size label once the file written in the background is in; empty after 30 s.
+    QString waitForFilesizeText() {
+        QElapsedTimer waited;
+        waited.start();
+        while (controller.filesizeText().isEmpty() && waited.elapsed() < 30'000) {
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+        }
+        return controller.filesizeText();
     }
 
     QTemporaryDir dir;

@@ -1,6 +1,7 @@
 #include <QAction>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QTemporaryDir>
@@ -9,6 +10,7 @@
 #include "core/AppController.h"
 #include "core/MainWindow.h"
 #include "output/OutputImageView.h"
+#include "platform/DefaultsKeys.h"
 #include "platform/VipsRuntime.h"
 #include "support/TestImages.h"
 
@@ -110,6 +112,39 @@ private Q_SLOTS:
         undo->trigger();
         QCOMPARE(editAction(QStringLiteral("Redo"))->text(), QStringLiteral("Redo Crop Selection"));
         QVERIFY(controller->document().marquee().deselected());
+    }
+
+    // The Output menu's settings are stored at once, and the check marks show what is stored,
+    // however it got there.
+    void outputMenuSettingsApplyAtOnceWithCheckMarks() {
+        QMenu* output = nullptr;
+        for (QAction* menu : window->menuBar()->actions()) {
+            if (menu->text() == QStringLiteral("&Output")) output = menu->menu();
+        }
+        QVERIFY(output);
+        const auto item = [](QMenu* menu, const QString& title) -> QAction* {
+            for (QAction* action : menu->actions()) {
+                if (action->text() == title) return action;
+            }
+            return nullptr;
+        };
+        QMenu* metadata = item(output, QStringLiteral("Preserve Metadata"))->menu();
+        item(metadata, QStringLiteral("All Metadata"))->trigger();
+        QCOMPARE(defaults->integerForKey(keys::DefPreserveExif), 2);
+        defaults->setInteger(keys::DefPreserveExif, 0);
+        Q_EMIT metadata->aboutToShow();
+        QVERIFY(item(metadata, QStringLiteral("None"))->isChecked());
+        QVERIFY(!item(metadata, QStringLiteral("All Metadata"))->isChecked());
+
+        QMenu* interpolation = item(output, QStringLiteral("Image Interpolation"))->menu();
+        item(interpolation, QStringLiteral("Low"))->trigger();
+        QCOMPARE(defaults->integerForKey(keys::DefInterpolation), 2);
+
+        QAction* border = item(output, QStringLiteral("Border"));
+        const bool before = defaults->boolForKey(keys::DefBorder);
+        border->trigger();
+        QCOMPARE(defaults->boolForKey(keys::DefBorder), !before);
+        QCOMPARE(border->isChecked(), !before);
     }
 
     void typedPercentSnapsInTheField() {
