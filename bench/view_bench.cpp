@@ -7,7 +7,9 @@
 
 #include "core/AppController.h"
 #include "core/MainWindow.h"
+#include "output/BackgroundOutputWriter.h"
 #include "output/OutputImageView.h"
+#include "platform/AtomicFile.h"
 #include "platform/DefaultsKeys.h"
 #include "selection/InputImageView.h"
 #include "support/TestImages.h"
@@ -107,5 +109,96 @@ void BM_DragFrameWithLivePreview(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_DragFrameWithLivePreview)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The drag while the file a save would write is encoded on the writer's thread: a 24 MP PNG,
+// started again whenever one finishes, so every frame competes with an encoder.
+void BM_DragFrameWhileWritingInBackground(benchmark::State& state) {
+    Session session;
+    session.controller.openFile(photoPath());
+    InputImageView& view = *session.window.inputView();
+    QImage inputTarget(view.size(), QImage::Format_ARGB32_Premultiplied);
+    QImage outputTarget(session.window.outputView()->size(), QImage::Format_ARGB32_Premultiplied);
+    const Image source = session.controller.document().image();
+    BackgroundOutputWriter writer;
+    OutputSettings png;
+    png.format = PngFormat;
+    quint64 generation = 0;
+    int writes = 0;
+    int frame = 0;
+    for (auto _ : state) {
+        if (!writer.isWriting(generation)) {
+            writer.start({++generation, [source] { return source; },
+                          session.dir.filePath(QStringLiteral("background.png")), png});
+            ++writes;
+        }
+        session.controller.dragMarquee(dragFrame(view.imageBounds(), frame++));
+        view.render(&inputTarget);
+        session.window.outputView()->render(&outputTarget);
+    }
+    state.counters["writes"] = writes;
+}
+BENCHMARK(BM_DragFrameWhileWritingInBackground)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// A selection of 4000 x 3000 of the 24 MP photograph at 50 %: a 2000 x 1500 output.
+Marquee selectionAt(float offset) {
+    const RectF bounds{0, 0, 6000, 4000};
+    Marquee marquee;
+    marquee.setStartAndEndPoint({offset, offset}, bounds);
+    marquee.setEndPoint({offset + 4000, offset + 3000}, bounds);
+    return marquee;
+}
+
+// From the mouse release that ends a selection drag until the size label shows the size of
+// the file a save would write (the full preview included), without a limit (0) and with a
+// 200 KB one.
+void BM_LiveSizeAfterRelease(benchmark::State& state) {
+    Session session;
+    session.controller.openFile(photoPath());
+    session.controller.document().image().pixels();
+    session.controller.setMarquee(selectionAt(0));
+    session.controller.setScaleFactor(0.5f);
+    if (state.range(0) > 0) {
+        session.defaults.setBool(keys::DefLimitFilesize, true);
+        session.defaults.setInteger(keys::DefFilesizeLimit, int(state.range(0)));
+    }
+    int frame = 0;
+    for (auto _ : state) {
+        const Marquee before = session.controller.document().marquee();
+        const Marquee after = selectionAt(float(++frame % 2) * 8);
+        session.controller.finishMarqueeDrag(before, after);
+        while (session.controller.filesizeText().isEmpty()) {
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+        }
+    }
+    if (session.controller.pixelWidth() != 2000 || session.controller.pixelHeight() != 1500) {
+        state.SkipWithError("the output is not 2000 x 1500");
+    }
+    state.SetLabel(session.controller.filesizeText().toStdString());
+}
+BENCHMARK(BM_LiveSizeAfterRelease)->Arg(0)->Arg(200)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// Saving once the live file is in: the save reuses it (Arg 1), against copying the same file
+// alone (Arg 0), which is what the save cannot avoid.
+void BM_SaveReusingTheLiveFile(benchmark::State& state) {
+    Session session;
+    session.controller.openFile(photoPath());
+    session.controller.setMarquee(selectionAt(0));
+    session.controller.setScaleFactor(0.5f);
+    session.controller.updatePreview();
+    while (session.controller.filesizeText().isEmpty()) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+    }
+    const QString target = session.dir.filePath(QStringLiteral("saved.jpg"));
+    const QString live = session.controller.writeTmpFile();
+    for (auto _ : state) {
+        if (state.range(0) == 1) {
+            session.controller.savePanelDidEnd(true, target);
+        } else {
+            copyFileAtomically(live, target);
+        }
+    }
+    if (session.controller.writeTmpFile() != live) state.SkipWithError("the file was written anew");
+}
+BENCHMARK(BM_SaveReusingTheLiveFile)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace

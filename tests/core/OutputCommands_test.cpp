@@ -2,6 +2,7 @@
 
 #include <QClipboard>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QSet>
@@ -170,6 +171,22 @@ TEST_F(OutputCommands, TheLiveSizeIsTheFileASaveWrites) {
             EXPECT_EQ(label, size) << what;
         }
     }
+}
+
+// A file still being written when the output changed is neither shown nor kept.
+TEST_F(OutputCommands, AFileStartedBeforeAChangeIsNeitherShownNorKept) {
+    open(test::photoLikeImage(1600, 1200));
+    controller.setFileFormat(102);
+    finishPass();
+    controller.setFileFormat(104);
+    const QString label = waitForFilesizeText();
+    const QString path = controller.writeTmpFile();
+    EXPECT_TRUE(path.endsWith(QStringLiteral(".gif")));
+    EXPECT_EQ(label, stringWithFilesize(QFileInfo(path).size()));
+    QDirIterator files(controller.tmpdir(), QDir::Files, QDirIterator::Subdirectories);
+    QStringList kept;
+    while (files.hasNext()) kept << files.next();
+    EXPECT_EQ(kept, QStringList{path}) << "files nobody was given are removed";
 }
 
 TEST_F(OutputCommands, AnUnreachableLimitIsAnnouncedAndAlertsAndWritesNothing) {
