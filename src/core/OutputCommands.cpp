@@ -3,6 +3,7 @@
 #include <QFileInfo>
 
 #include "core/AppController.h"
+#include "core/SettingRanges.h"
 #include "core/WindowSide.h"
 #include "output/FileSizeText.h"
 #include "platform/AtomicFile.h"
@@ -26,7 +27,7 @@ QString AppController::_writeTmpFile(Image* rendered) {
     if (!hasOutput()) return {};
     const OutputSettings settings = outputSettingsFor(
         fileFormat(), compression(), hasFilesizeLimit() ? filesizeLimit().toInt() : 0,
-        _defaults.integerForKey(keys::DefPreserveExif), sourcePath());
+        integerSetting(_defaults, keys::DefPreserveExif), sourcePath());
     // First: naming an unnamed document is itself a change of the document.
     const QString name = filename();
     QString path = _writer.cachedPath(_document.revision(), settings);
