@@ -138,6 +138,7 @@ void PreferenceController::_build() {
         const QImage& picture = cursorImages().value(cursorNames()[i]).image;
         pointer->addItem(QIcon(QPixmap::fromImage(picture)), pointerNames[i]);
     }
+    pointer->setIconSize(cursorImages().first().image.size());
     capture->addRow(tr("Pointer:"), pointer);
     capture->addRow(tr("Timed capture delay:"),
                     _spinBox(DefTimedCaptureDelay, tr("Timed capture delay"), tr(" s"),
