@@ -3,6 +3,7 @@
 #include <QTimer>
 
 #include "core/AppControllerTemplates.h"
+#include "core/SettingRanges.h"
 #include "core/WindowSide.h"
 #include "platform/DefaultsKeys.h"
 
@@ -57,11 +58,12 @@ void AppController::setLivePreview(bool on) {
 
 // --- preferences and start-up ------------------------------------------------------------------
 
+// The window reads "ConstrainRotation" and "CrossHair" itself when told settings changed.
 void AppController::preferenceDidChange() {
     _imageProcessor.setBorderOn(_defaults.boolForKey(DefBorder));
-    _imageProcessor.setBorderThickness(_defaults.integerForKey(DefBorderThickness));
+    _imageProcessor.setBorderThickness(integerSetting(_defaults, DefBorderThickness));
     _imageProcessor.setBorderColor(_defaults.colorForKey(DefBorderColor));
-    _imageProcessor.setInterpolation(_defaults.integerForKey(DefInterpolation));
+    _imageProcessor.setInterpolation(integerSetting(_defaults, DefInterpolation));
     Q_EMIT settingsChanged();
     _later(0, [this] { updatePreview(); });
 }

@@ -1,6 +1,7 @@
 // The settings the menus change: not undoable, and each applied at once through
 // `preferenceDidChange`, as the preferences dialog applies its own.
 #include "core/AppController.h"
+#include "core/SettingRanges.h"
 #include "platform/DefaultsKeys.h"
 
 namespace marigold {
@@ -8,7 +9,7 @@ namespace marigold {
 using namespace keys;
 
 int AppController::preserveMetadata() const {
-    return _defaults.integerForKey(DefPreserveExif);
+    return integerSetting(_defaults, DefPreserveExif);
 }
 
 void AppController::setPreserveMetadata(int tag) {
@@ -17,7 +18,7 @@ void AppController::setPreserveMetadata(int tag) {
 }
 
 int AppController::imageInterpolation() const {
-    return _defaults.integerForKey(DefInterpolation);
+    return integerSetting(_defaults, DefInterpolation);
 }
 
 void AppController::setImageInterpolation(int tag) {

@@ -3,8 +3,9 @@
 #include <QFileInfo>
 
 #include "core/AppController.h"
-#include "core/WindowSide.h"
 #include "core/AppControllerTemplates.h"
+#include "core/SettingRanges.h"
+#include "core/WindowSide.h"
 #include "output/FileSizeText.h"
 #include "platform/AtomicFile.h"
 #include "platform/Clipboard.h"
@@ -45,7 +46,7 @@ void AppController::_setFilesizeText(const QString& text) {
 OutputSettings AppController::_outputSettings() const {
     return outputSettingsFor(fileFormat(), compression(),
                              hasFilesizeLimit() ? filesizeLimit().toInt() : 0,
-                             _defaults.integerForKey(keys::DefPreserveExif), sourcePath());
+                             integerSetting(_defaults, keys::DefPreserveExif), sourcePath());
 }
 
 void AppController::_showWrittenFile(const WrittenFile& file, const OutputSettings& settings) {

@@ -180,12 +180,25 @@ bool Defaults::hasStoredValue(const QString& key) const {
     return _store->contains(key);
 }
 
+// A stored value that cannot be read as a number (a hand-edited or damaged file) counts as
+// absent, so the registered value answers instead of a silent 0.
+std::optional<double> Defaults::_number(const QString& key) const {
+    if (_store->contains(key)) {
+        if (const std::optional<double> stored = numberFrom(_store->value(key))) return stored;
+    }
+    return numberFrom(_registered.value(key));
+}
+
 bool Defaults::boolForKey(const QString& key) const {
-    return numberFrom(objectForKey(key)).value_or(0.0) != 0.0;
+    return _number(key).value_or(0.0) != 0.0;
 }
 
 int Defaults::integerForKey(const QString& key) const {
-    return truncateTo<int>(numberFrom(objectForKey(key)).value_or(0.0));
+    return truncateTo<int>(_number(key).value_or(0.0));
+}
+
+int Defaults::registeredIntegerForKey(const QString& key) const {
+    return truncateTo<int>(numberFrom(_registered.value(key)).value_or(0.0));
 }
 
 float Defaults::floatForKey(const QString& key) const {
@@ -193,7 +206,7 @@ float Defaults::floatForKey(const QString& key) const {
 }
 
 double Defaults::doubleForKey(const QString& key) const {
-    return numberFrom(objectForKey(key)).value_or(0.0);
+    return _number(key).value_or(0.0);
 }
 
 QString Defaults::stringForKey(const QString& key) const {
@@ -249,8 +262,12 @@ void Defaults::setFrame(const QString& key, const QByteArray& frame) {
 }
 
 QColor Defaults::colorForKey(const QString& key) const {
-    const QVariant value = objectForKey(key);
-    return value.typeId() == QMetaType::QString ? colorFromText(value.toString()) : QColor();
+    const auto colorFrom = [](const QVariant& value) {
+        return value.typeId() == QMetaType::QString ? colorFromText(value.toString()) : QColor();
+    };
+    // A broken stored colour falls back to the registered one, as unreadable numbers do.
+    const QColor stored = _store->contains(key) ? colorFrom(_store->value(key)) : QColor();
+    return stored.isValid() ? stored : colorFrom(_registered.value(key));
 }
 
 // An invalid colour means "no colour": the key is removed, as storing nothing would.

@@ -6,6 +6,7 @@
 #include <QSettings>
 #include <QVariant>
 #include <memory>
+#include <optional>
 
 #include "platform/Geometry.h"
 
@@ -31,10 +32,14 @@ public:
     void removeObject(const QString& key);
     bool hasStoredValue(const QString& key) const;
 
+    // Typed getters answer the registered value when the stored one cannot be read as the
+    // type, and 0 (false) when neither can.
     bool boolForKey(const QString& key) const;
     int integerForKey(const QString& key) const;
     float floatForKey(const QString& key) const;
     double doubleForKey(const QString& key) const;
+    // The registered value alone, for a stored one that reads but is out of its range.
+    int registeredIntegerForKey(const QString& key) const;
     QString stringForKey(const QString& key) const;
     QString stringForKey(const QString& key, const QString& fallback) const;
     QVariantList arrayForKey(const QString& key) const;
@@ -45,7 +50,8 @@ public:
     void setFloat(const QString& key, float value);
     void setString(const QString& key, const QString& value);
 
-    // Colours as "#rrggbbaa"; an invalid colour for a missing or malformed value.
+    // Colours as "#rrggbbaa"; a malformed stored one reads as the registered colour, and an
+    // invalid colour answers when neither is usable.
     QColor colorForKey(const QString& key) const;
     void setColor(const QString& key, const QColor& color);
     // Fonts as QFont::toString(); nullopt-like: a default QFont and false when missing.
@@ -71,6 +77,8 @@ public:
     QString fileName() const;
 
 private:
+    std::optional<double> _number(const QString& key) const;
+
     std::unique_ptr<QSettings> _store;
     QVariantMap _registered;
 };

@@ -51,9 +51,10 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(AppControllerTest, GettersClampNonsenseStoredValues) {
     defaults.setString(DefJpegQuality, QStringLiteral("lots"));
     defaults.setInteger(DefFilesizeLimit, 123456);
-    EXPECT_EQ(controller.quality(), QStringLiteral("5"));
+    // Text that is no number reads as the factory value; a number out of range clamps.
+    EXPECT_EQ(controller.quality(), QStringLiteral("80"));
     EXPECT_EQ(controller.filesizeLimit(), QStringLiteral("9990"));
-    EXPECT_EQ(controller.compression(), 5);
+    EXPECT_EQ(controller.compression(), 80);
     for (int stray : {1, 3, 7}) {
         defaults.setInteger(DefPreviewMode, stray);
         EXPECT_EQ(controller.previewMode(), 2) << "stored " << stray;
