@@ -11,6 +11,7 @@
 
 #include "core/AppController.h"
 #include "core/OutputControls.h"
+#include "core/PreferenceController.h"
 #include "core/SettingsMenus.h"
 #include "core/ValueLabel.h"
 #include "jpeg/InfoController.h"
@@ -47,6 +48,7 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     _dialogs.setBusyIndicator(_outputControls->progressIndicator());
     _controller.setWindowSide(&_dialogs);
     _info = new InfoController(_controller.defaults(), this);
+    _preferences = new PreferenceController(_controller, this);
     _buildMenus();
 
     const Document& document = _controller.document();
@@ -173,6 +175,11 @@ void MainWindow::_buildMenus() {
     selectAll->setShortcut(QKeySequence::SelectAll);
     QAction* deselect = edit->addAction(tr("Deselect"), &_controller, &AppController::deselect);
     deselect->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A));
+    edit->addSeparator();
+    QAction* preferences =
+        edit->addAction(tr("Preferences…"), _preferences, &PreferenceController::showWindow);
+    preferences->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    preferences->setMenuRole(QAction::PreferencesRole);
 
     menuBar()->addMenu(buildOutputMenu(_controller, this, &_connections));
 

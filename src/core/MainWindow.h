@@ -16,6 +16,7 @@ class InputImageView;
 class OutputImageView;
 class OutputControls;
 class InfoController;
+class PreferenceController;
 
 // The single main window: input pane and output pane side by side, each at least 300
 // points wide and kept equal when the window is resized, with the document name and the
@@ -62,6 +63,7 @@ private:
     QLabel* _sizeLabel;
     OutputControls* _outputControls;
     InfoController* _info;
+    PreferenceController* _preferences;
     struct Actions {
         QAction* undo;
         QAction* redo;
