@@ -14,6 +14,7 @@
 #include "core/ValueLabel.h"
 #include "jpeg/InfoController.h"
 #include "output/OutputImageView.h"
+#include "selection/CenteringScrollArea.h"
 #include "selection/InputImageView.h"
 
 namespace marigold {
@@ -87,10 +88,9 @@ void MainWindow::_buildPanes() {
     _outputView->setObjectName(QStringLiteral("outputView"));
     _outputView->setAccessibleName(tr("Output image"));
     _outputView->setDelegate(&_controller);
-    _outputScroll = new QScrollArea;
+    _outputScroll = new CenteringScrollArea;
     _outputScroll->setObjectName(QStringLiteral("outputScrollView"));
     _outputScroll->setMinimumWidth(kMinimumPaneWidth);
-    _outputScroll->setAlignment(Qt::AlignCenter);
     _outputScroll->setFrameShape(QFrame::NoFrame);
     _outputScroll->setWidgetResizable(true);
     _outputScroll->setWidget(_outputView);
