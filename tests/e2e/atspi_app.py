@@ -187,8 +187,15 @@ class App:
         self.act(entry)
         return name
 
+    def field(self, name, within=None):
+        """A field a person types into: a plain text field, or a number field with a stepper,
+        which is a spin button."""
+        return wait_for(f"a text field or spin button named {name!r}", lambda: _search(
+            within or self.window, lambda acc: _matches(name, pyatspi.ROLE_TEXT)(acc) or
+            _matches(name, pyatspi.ROLE_SPIN_BUTTON)(acc)))
+
     def text(self, name, within=None):
-        return self.find(name, pyatspi.ROLE_TEXT, within).queryText().getText(0, -1)
+        return self.field(name, within).queryText().getText(0, -1)
 
     def wait_text(self, name, expected):
         wait_for(lambda: f"{name!r} to read {expected!r}; it reads {self.text(name)!r}",
@@ -196,7 +203,7 @@ class App:
 
     def type_into(self, name, value, within=None):
         """Focuses the field, selects what it holds and types over it, key by key."""
-        field = self.find(name, pyatspi.ROLE_TEXT, within)
+        field = self.field(name, within)
         check(field.queryComponent().grabFocus(), f"{name!r} refused the focus")
         wait_for(f"{name!r} to have the keyboard focus",
                  lambda: field.getState().contains(pyatspi.STATE_FOCUSED))
