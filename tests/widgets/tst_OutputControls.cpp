@@ -127,6 +127,22 @@ private Q_SLOTS:
         QCOMPARE(controller->undoManager().undoCount(), 1);
     }
 
+    void qualityDragStoresOnceOnRelease() {
+        auto* slider = control<QualitySlider>("qualitySlider");
+        auto* field = control<QLineEdit>("qualityField");
+        const QPoint start = sliderHandleCentre(slider);
+        QTest::mousePress(slider, Qt::LeftButton, {}, start);
+        QTest::mouseMove(slider, start + QPoint(20, 0));
+        finishPass();
+        const QString shown = field->text();
+        QVERIFY2(shown.toInt() > 50, qPrintable(shown));
+        QCOMPARE(controller->quality(), QStringLiteral("50"));
+        QTest::mouseRelease(slider, Qt::LeftButton, {}, start + QPoint(20, 0));
+        finishPass();
+        QCOMPARE(controller->quality(), shown);
+        QCOMPARE(controller->undoManager().undoCount(), 1);
+    }
+
     void scaleWheelBurstClosesOnce() {
         openAndSelect();
         auto* slider = control<ScaleSlider>("scaleSlider");
