@@ -69,6 +69,10 @@ public:
     float scaleFactor() const { return _document.scaleFactor(); }
     void setScaleFactor(float factor);
     void setScaleFactorWithoutUndo(float factor) override;
+    // A drag of the scale slider: fast previews while it moves, then one undo step from the
+    // factor at the press to the one at the release.
+    void dragScaleFactor(float factor);
+    void finishScaleDrag(float before, float after);
     int scaleFactorPercent() const;
     void setScaleFactorPercent(int percent);
     int pixelWidth() const { return _pixelWidth; }

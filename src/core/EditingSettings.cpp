@@ -157,6 +157,20 @@ void AppController::setScaleFactorWithoutUndo(float factor) {
     _document.setScaleFactor(factor);
 }
 
+void AppController::dragScaleFactor(float factor) {
+    if (!(factor > 0)) return;
+    _document.setScaleFactor(factor);
+    updatePreviewFast(true);
+}
+
+void AppController::finishScaleDrag(float before, float after) {
+    if (!(after > 0)) return;
+    // A drag that came back to where it started leaves no step.
+    if (after != before) _registerUndo(before, &AppController::setScaleFactor, tr("Size Change"));
+    _document.setScaleFactor(after);
+    updatePreviewFast(true);
+}
+
 int AppController::scaleFactorPercent() const {
     return int(std::lround(double(scaleFactor()) * 100));
 }

@@ -17,6 +17,7 @@
 #include "jpeg/InfoController.h"
 #include "output/OutputImageView.h"
 #include "platform/DefaultsKeys.h"
+#include "selection/CenteringScrollArea.h"
 #include "selection/InputImageView.h"
 
 namespace marigold {
@@ -93,10 +94,9 @@ void MainWindow::_buildPanes() {
     _outputView->setObjectName(QStringLiteral("outputView"));
     _outputView->setAccessibleName(tr("Output image"));
     _outputView->setDelegate(&_controller);
-    _outputScroll = new QScrollArea;
+    _outputScroll = new CenteringScrollArea;
     _outputScroll->setObjectName(QStringLiteral("outputScrollView"));
     _outputScroll->setMinimumWidth(kMinimumPaneWidth);
-    _outputScroll->setAlignment(Qt::AlignCenter);
     _outputScroll->setFrameShape(QFrame::NoFrame);
     _outputScroll->setWidgetResizable(true);
     _outputScroll->setWidget(_outputView);

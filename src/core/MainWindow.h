@@ -4,7 +4,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
-#include <QScrollArea>
 #include <QSplitter>
 
 #include "core/WindowDialogs.h"
@@ -12,6 +11,7 @@
 namespace marigold {
 
 class AppController;
+class CenteringScrollArea;
 class InputImageView;
 class OutputImageView;
 class OutputControls;
@@ -57,7 +57,7 @@ private:
     AppController& _controller;
     InputImageView* _inputView;
     OutputImageView* _outputView;
-    QScrollArea* _outputScroll;
+    CenteringScrollArea* _outputScroll;
     QSplitter* _splitter;
     QLineEdit* _nameField;
     QLabel* _sizeLabel;

@@ -1,19 +1,24 @@
 #pragma once
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QSlider>
 #include <QWidget>
+#include <optional>
 
 namespace marigold {
 
 class AppController;
+class BFStepper;
+class QualitySlider;
+class ScaleSlider;
 
-// The fields under the output pane: scale percent, output pixel size, sharpening, live
-// preview and the size of the last file written. Every edit goes through the controller's
-// setters; the fields only mirror it.
+// The controls under the output pane: format, JPEG quality and size limit, preview mode,
+// scale, output pixel size, sharpening, live preview and the size of the last file written.
+// Every edit goes through the controller's setters; the controls only mirror it.
 class OutputControls : public QWidget {
     Q_OBJECT
 
@@ -24,21 +29,36 @@ public:
     QWidget* progressIndicator() const { return _progressIndicator; }
 
 private:
+    void _buildControls();
+    void _layOut();
+    void _connectControls();
+    void _connectSizeControls();
     void _showScale();
     void _showPixelSize();
     void _showSettings();
     void _showResizable();
     void _sharpnessReleased();
+    void _scaleDragged(int percent);
+    void _scaleReleased();
 
     AppController& _controller;
+    QComboBox* _formatPopup;
+    QualitySlider* _qualitySlider;
+    QLineEdit* _qualityField;
+    QCheckBox* _limitBox;
+    QLineEdit* _limitField;
+    QComboBox* _previewModePopup;
+    ScaleSlider* _scaleSlider;
     QLineEdit* _percentField;
-    QLineEdit* _widthField;
-    QLineEdit* _heightField;
+    BFStepper* _widthField;
+    BFStepper* _heightField;
     QCheckBox* _sharpenBox;
     QSlider* _sharpnessSlider;
     QCheckBox* _livePreviewBox;
     QLabel* _filesizeLabel;
     QProgressBar* _progressIndicator;
+    // The scale when the current drag of the scale slider began.
+    std::optional<float> _scaleBeforeDrag;
     QObject _connections;
 };
 

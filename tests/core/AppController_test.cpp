@@ -133,6 +133,24 @@ TEST_F(AppControllerTest, ScaleFactorSetterRules) {
     EXPECT_EQ(controller.undoManager().undoCount(), 1);
 }
 
+TEST_F(AppControllerTest, AScaleDragIsOneUndoStep) {
+    open(test::gradientImage(400, 300));
+    for (float factor : {0.5f, 0.6f, 0.7f}) {
+        controller.dragScaleFactor(factor);
+        finishPass();
+    }
+    EXPECT_EQ(controller.pixelWidth(), 280);
+    EXPECT_EQ(controller.undoManager().undoCount(), 0) << "no step while dragging";
+    controller.finishScaleDrag(1.0f, 0.7f);
+    finishPass();
+    ASSERT_EQ(controller.undoManager().undoCount(), 1);
+    EXPECT_EQ(controller.undoManager().undoActionName(), QStringLiteral("Size Change"));
+    controller.undoManager().undo();
+    EXPECT_EQ(controller.scaleFactor(), 1.0f);
+    controller.undoManager().redo();
+    EXPECT_EQ(controller.scaleFactor(), 0.7f);
+}
+
 TEST_F(AppControllerTest, PercentFieldSnapsToItsBounds) {
     open(test::gradientImage(400, 300));
     controller.setScaleFactorPercent(250);

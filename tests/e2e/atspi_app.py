@@ -14,6 +14,8 @@ import traceback
 
 TIMEOUT = 20.0
 RETURN_KEYSYM = 0xFF0D
+DOWN_KEYSYM = 0xFF54
+ALT_KEYCODE = 64  # Alt_L in the X server's default keymap
 pyatspi = None  # imported once the private buses exist: libatspi binds to the bus it first sees
 
 
@@ -135,6 +137,14 @@ def _matches(name, role, prefix=False):
                         (acc.name.startswith(name) if prefix else acc.name == name))
 
 
+def _names(acc):
+    """The control's own name and the names of the labels that label it."""
+    labels = [rel.getTarget(i).name for rel in acc.getRelationSet()
+              if rel.getRelationType() == pyatspi.RELATION_LABELLED_BY
+              for i in range(rel.getNTargets())]
+    return [acc.name, *labels]
+
+
 def _search(acc, test):
     """Depth first, but not into item views: their rows are content, not controls, and they
     change under the walk while a folder is listed."""
@@ -187,8 +197,15 @@ class App:
         self.act(entry)
         return name
 
+    def field(self, name, within=None):
+        """A field a person types into: a plain text field, or a number field with a stepper,
+        which is a spin button."""
+        return wait_for(f"a text field or spin button named {name!r}", lambda: _search(
+            within or self.window, lambda acc: _matches(name, pyatspi.ROLE_TEXT)(acc) or
+            _matches(name, pyatspi.ROLE_SPIN_BUTTON)(acc)))
+
     def text(self, name, within=None):
-        return self.find(name, pyatspi.ROLE_TEXT, within).queryText().getText(0, -1)
+        return self.field(name, within).queryText().getText(0, -1)
 
     def wait_text(self, name, expected):
         wait_for(lambda: f"{name!r} to read {expected!r}; it reads {self.text(name)!r}",
@@ -196,7 +213,7 @@ class App:
 
     def type_into(self, name, value, within=None):
         """Focuses the field, selects what it holds and types over it, key by key."""
-        field = self.find(name, pyatspi.ROLE_TEXT, within)
+        field = self.field(name, within)
         check(field.queryComponent().grabFocus(), f"{name!r} refused the focus")
         wait_for(f"{name!r} to have the keyboard focus",
                  lambda: field.getState().contains(pyatspi.STATE_FOCUSED))
@@ -205,6 +222,32 @@ class App:
         pyatspi.Registry.generateKeyboardEvent(0, value, pyatspi.KEY_STRING)
         wait_for(lambda: f"{name!r} to show the typed {value!r}; it shows {text.getText(0, -1)!r}",
                  lambda: text.getText(0, -1) == value)
+
+    def labelled(self, name, role):
+        """The control named `name` or labelled so: a pop-up is called by its current item
+        and said with its label. `role` is pyatspi's name for its role ("ROLE_COMBO_BOX"),
+        since flows are loaded before pyatspi is."""
+        role = getattr(pyatspi, role)
+        return wait_for(f"a {pyatspi.Atspi.role_get_name(role)} named or labelled {name!r}",
+                        lambda: _search(self.window, lambda acc: acc is not None and
+                                        acc.getRole() == role and name in _names(acc)))
+
+    def press_mnemonic(self, letter, control):
+        """Alt and the underlined letter of a label: the keyboard way to its control."""
+        step(f"press Alt+{letter}")
+        pyatspi.Registry.generateKeyboardEvent(ALT_KEYCODE, None, pyatspi.KEY_PRESS)
+        pyatspi.Registry.generateKeyboardEvent(ord(letter), None, pyatspi.KEY_SYM)
+        pyatspi.Registry.generateKeyboardEvent(ALT_KEYCODE, None, pyatspi.KEY_RELEASE)
+        wait_for(f"Alt+{letter} to focus {control.name!r}",
+                 lambda: control.getState().contains(pyatspi.STATE_FOCUSED))
+
+    def press(self, keysym):
+        step(f"press key {keysym:#x}")
+        pyatspi.Registry.generateKeyboardEvent(keysym, None, pyatspi.KEY_SYM)
+
+    @staticmethod
+    def is_enabled(acc):
+        return acc.getState().contains(pyatspi.STATE_ENABLED)
 
     def commit(self, name, value):
         """Types into the field and presses Return, where Qt reports the edit as finished."""

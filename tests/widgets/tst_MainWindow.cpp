@@ -1,3 +1,4 @@
+#include <QAbstractSpinBox>
 #include <QAction>
 #include <QLabel>
 #include <QLineEdit>
@@ -83,7 +84,7 @@ private Q_SLOTS:
         QVERIFY(window->outputView()->image().isNull());
         controller->selectAll();
         QCOMPARE(window->outputView()->image().pixelsWide(), 640);
-        auto* widthField = window->findChild<QLineEdit*>(QStringLiteral("pixelWidthField"));
+        auto* widthField = window->findChild<QAbstractSpinBox*>(QStringLiteral("pixelWidthField"));
         QCOMPARE(widthField->text(), QStringLiteral("640"));
     }
 
@@ -164,8 +165,9 @@ private Q_SLOTS:
     // sanitized run reports any call into it).
     void closingWithAnEditedFieldIsHarmless() {
         openAndSelect(QStringLiteral("c.jpg"));
-        auto* width = window->findChild<QLineEdit*>(QStringLiteral("pixelWidthField"));
+        auto* width = window->findChild<QAbstractSpinBox*>(QStringLiteral("pixelWidthField"));
         width->setFocus();
+        QTest::keyClick(width, Qt::Key_End);
         QTest::keyClicks(width, QStringLiteral("7"));
         delete window;
         window = nullptr;
