@@ -24,8 +24,9 @@ QString photoPath(int orientation = 1) {
     static QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("24mp-%1.jpg").arg(orientation));
     if (!QFileInfo::exists(path)) {
-        vips::VImage rgb = test::photoLikeImage(6000, 4000).pixels().extract_band(
-            0, vips::VImage::option()->set("n", 3));
+        vips::VImage rgb = test::photoLikeImage(6000, 4000)
+                               .pixels()
+                               .extract_band(0, vips::VImage::option()->set("n", 3));
         rgb = rgb.copy();
         rgb.set(VIPS_META_ORIENTATION, orientation);
         rgb.jpegsave(path.toLocal8Bit().constData(), vips::VImage::option()->set("Q", 90));

@@ -21,8 +21,9 @@ AppController::AppController(Defaults& defaults, QObject* parent)
     : QObject(parent), _defaults(defaults) {
     _defaults.registerDefaults(Defaults::factoryDefaults());
     connect(&_document, &Document::scaleFactorChanged, this, &AppController::scaleFactorChanged);
-    connect(&_liveWriter, &BackgroundOutputWriter::finished, this,
-            [this](const WrittenFile& file, quint64 generation) { _liveFileDone(file, generation); });
+    connect(
+        &_liveWriter, &BackgroundOutputWriter::finished, this,
+        [this](const WrittenFile& file, quint64 generation) { _liveFileDone(file, generation); });
 }
 
 // --- derived values ----------------------------------------------------------------------------

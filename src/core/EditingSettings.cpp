@@ -124,9 +124,10 @@ bool AppController::limitFilesize() const {
 }
 
 void AppController::setLimitFilesize(bool on) {
-    if (on && _defaults.boolForKey(DefDisplaySizeLimitMessage) && _window &&
-        _window->warnAboutSizeLimit()) {
-        _defaults.setBool(DefDisplaySizeLimitMessage, false);
+    if (on && _defaults.boolForKey(DefDisplaySizeLimitMessage) && _window) {
+        _window->warnAboutSizeLimit([self = QPointer<AppController>(this)] {
+            if (self) self->_defaults.setBool(DefDisplaySizeLimitMessage, false);
+        });
     }
     _storeSetting(DefLimitFilesize, limitFilesize(), on, &AppController::setLimitFilesize,
                   tr("%1 Filesize Limit").arg(on ? tr("Enable") : tr("Disable")));

@@ -51,8 +51,8 @@ OutputSettings AppController::_outputSettings() const {
 
 void AppController::_showWrittenFile(const WrittenFile& file, const OutputSettings& settings) {
     if (file.outcome == OutputResult::LimitTooLow) {
-        _setFilesizeText(tr("File Size Limit Too Low: unable to keep file under %1 KB")
-                             .arg(settings.limitKB));
+        _setFilesizeText(
+            tr("File Size Limit Too Low: unable to keep file under %1 KB").arg(settings.limitKB));
     } else if (file.size <= 0) {
         _setFilesizeText(QString());
     } else if (settings.limitKB > 0) {
@@ -85,8 +85,8 @@ void AppController::_startLiveFile() {
     const OutputSettings settings = _outputSettings();
     const QString name = filename();
     _liveJob = {generation, _document.revision(), settings};
-    _liveWriter.start({generation, _outputRenderer(false), _writer.freshPath(name, settings),
-                       settings});
+    _liveWriter.start(
+        {generation, _outputRenderer(false), _writer.freshPath(name, settings), settings});
 }
 
 void AppController::_liveFileDone(const WrittenFile& file, quint64 generation) {
@@ -120,8 +120,7 @@ QString AppController::_writeTmpFile(Image* rendered) {
     if (path.isEmpty()) {
         if (_window) _window->setBusy(true);
         const Image output = _renderOutput(false);
-        const WrittenFile file =
-            _writer.writeTmpFile(output, settings, name, _document.revision());
+        const WrittenFile file = _writer.writeTmpFile(output, settings, name, _document.revision());
         if (_window) _window->setBusy(false);
         _showWrittenFile(file, settings);
         path = file.path;

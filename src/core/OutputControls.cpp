@@ -143,8 +143,10 @@ void OutputControls::_buildControls() {
     _livePreviewBox =
         described(new QCheckBox(tr("Live &Preview")), "livePreviewBox", tr("Live Preview"),
                   tr("Update the output while the selection is being dragged."));
-    _filesizeLabel = described(new QLabel, "filesizeLabel", tr("Output file size"),
-                               tr("The size of the output file as last written."));
+    _filesizeLabel =
+        described(new QLabel, "filesizeLabel", tr("Output file size"),
+                  tr("The size of the file a save would write, made in the background as you "
+                     "edit; under a size limit, with the JPEG quality chosen."));
     // A busy bar: shown only while an output file is written.
     _progressIndicator = described(new QProgressBar, "progressIndicator",
                                    tr("Writing the output file"), tr("Writing the output file"));
@@ -188,15 +190,19 @@ void OutputControls::_connectControls() {
         }
     });
     onCommit(_qualityField, context, [this](const QString& text) { _controller.setQuality(text); });
-    connect(_limitBox, &QCheckBox::clicked, context,
-            [this](bool on) { _controller.setLimitFilesize(on); });
+    // Toggled, not clicked: a screen reader's toggle action sends no click. Showing the
+    // stored value toggles too, and is told apart by being that value already.
+    connect(_limitBox, &QCheckBox::toggled, context, [this](bool on) {
+        if (on != _controller.limitFilesize()) _controller.setLimitFilesize(on);
+    });
     onCommit(_limitField, context,
              [this](const QString& text) { _controller.setFilesizeLimit(text); });
     connect(_previewModePopup, &QComboBox::activated, context, [this](int index) {
         _controller.setPreviewMode(_previewModePopup->itemData(index).toInt());
     });
-    connect(_sharpenBox, &QCheckBox::clicked, context,
-            [this](bool on) { _controller.setSharpen(on); });
+    connect(_sharpenBox, &QCheckBox::toggled, context, [this](bool on) {
+        if (on != _controller.sharpen()) _controller.setSharpen(on);
+    });
     // One undo step per gesture: the value is taken when the slider is let go (or moved by
     // the keyboard), not at every intermediate position.
     connect(_sharpnessSlider, &QSlider::sliderReleased, context, [this] { _sharpnessReleased(); });
@@ -206,8 +212,9 @@ void OutputControls::_connectControls() {
                 &_connections, [this] { _sharpnessReleased(); }, Qt::QueuedConnection);
         }
     });
-    connect(_livePreviewBox, &QCheckBox::clicked, context,
-            [this](bool on) { _controller.setLivePreview(on); });
+    connect(_livePreviewBox, &QCheckBox::toggled, context, [this](bool on) {
+        if (on != _controller.livePreview()) _controller.setLivePreview(on);
+    });
 
     connect(&_controller, &AppController::settingsChanged, context, [this] { _showSettings(); });
     connect(&_controller, &AppController::userResizableChanged, context,

@@ -19,6 +19,7 @@
 #include "core/AppController.h"
 #include "core/CursorImages.h"
 #include "core/SettingRanges.h"
+#include "core/WindowDialogs.h"
 #include "platform/DefaultsKeys.h"
 
 namespace marigold {
@@ -59,6 +60,7 @@ PreferenceController::PreferenceController(AppController& controller, QWidget* p
     _build();
     // Esc and the close box reject, so every way out ends here exactly once.
     connect(_dialog, &QDialog::finished, this, &PreferenceController::sheetDidEnd);
+    returnKeyboardOnClose(_dialog, parentWindow);
 }
 
 PreferenceController::~PreferenceController() = default;

@@ -20,9 +20,8 @@ std::function<Image()> AppController::_outputRenderer(bool fast) const {
     // The fast path never sharpens: the settings are not even read for it.
     const float sharpnessNow = !fast && sharpen() ? sharpness() : 0.0f;
     return [processor = _imageProcessor, image = _document.image(), rect = _document.cropRect(),
-            scale = scaleFactor(), sharpnessNow, fast] {
-        return processor.cropImage(image, rect, scale, sharpnessNow, fast);
-    };
+            scale = scaleFactor(), sharpnessNow,
+            fast] { return processor.cropImage(image, rect, scale, sharpnessNow, fast); };
 }
 
 Image AppController::_renderOutput(bool fast) const {

@@ -14,6 +14,10 @@
 
 namespace marigold {
 
+void returnKeyboardOnClose(QDialog* dialog, QWidget* window) {
+    QObject::connect(dialog, &QDialog::finished, window, [window] { window->activateWindow(); });
+}
+
 namespace {
 
 // Long enough to be read, short enough not to describe a document that has moved on.
@@ -26,20 +30,27 @@ void WindowDialogs::alert(const QString& title, const QString& text) {
     box.exec();
 }
 
-bool WindowDialogs::warnAboutSizeLimit() {
-    QMessageBox box(_window);
-    box.setWindowTitle(QObject::tr("Attention"));
-    box.setText(QObject::tr("Attention"));
-    box.setInformativeText(QObject::tr(
+void WindowDialogs::warnAboutSizeLimit(std::function<void()> dontShowAgain) {
+    // Window-modal and answered later: a nested event loop here would hold up whoever turned
+    // the limit on, a screen reader's toggle request included.
+    auto* box = new QMessageBox(_window);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(Qt::WindowModal);
+    box->setWindowTitle(QObject::tr("Attention"));
+    box->setText(QObject::tr("Attention"));
+    box->setInformativeText(QObject::tr(
         "Enabling file size limit slows Marigold down slightly since it has to 'hunt' for the "
         "appropriate compression quality.\nLeave this option unchecked when you don't require "
         "this feature.\nAlso note that if custom thumbnail icon is turned on, actual file size "
         "may exceed limit."));
-    QPushButton* ok = box.addButton(QObject::tr("OK"), QMessageBox::AcceptRole);
-    box.addButton(QObject::tr("Don't Show This Message Again"), QMessageBox::RejectRole);
-    box.setDefaultButton(ok);
-    box.exec();
-    return box.clickedButton() != ok;
+    QPushButton* ok = box->addButton(QObject::tr("OK"), QMessageBox::AcceptRole);
+    box->addButton(QObject::tr("Don't Show This Message Again"), QMessageBox::RejectRole);
+    box->setDefaultButton(ok);
+    QObject::connect(box, &QMessageBox::finished, box, [box, ok, dontShowAgain] {
+        if (box->clickedButton() != ok) dontShowAgain();
+    });
+    returnKeyboardOnClose(box, _window);
+    box->open();
 }
 
 void WindowDialogs::chooseSaveTarget(const QString& directory, const QString& name, int format,
@@ -68,6 +79,7 @@ void WindowDialogs::chooseSaveTarget(const QString& directory, const QString& na
             }
             chosen(target);
         });
+    returnKeyboardOnClose(dialog, _window);
     dialog->open();
 }
 

@@ -1,13 +1,18 @@
 #pragma once
 
+#include <QMainWindow>
 #include <QPointer>
 #include <QWidget>
 
 #include "core/WindowSide.h"
 
-class QMainWindow;
+class QDialog;
 
 namespace marigold {
+
+// When `dialog` closes, the keyboard goes back to `window`, also where no window manager
+// hands it back (a bare X server, some kiosk sessions).
+void returnKeyboardOnClose(QDialog* dialog, QWidget* window);
 
 // The window side of the document controller: real dialogs, alerts and signs, on the main
 // window. Each asks its question and hands the decided value back.
@@ -18,7 +23,7 @@ public:
     void setBusyIndicator(QWidget* indicator) { _busyIndicator = indicator; }
 
     void alert(const QString& title, const QString& text) override;
-    bool warnAboutSizeLimit() override;
+    void warnAboutSizeLimit(std::function<void()> dontShowAgain) override;
     void chooseSaveTarget(const QString& directory, const QString& name, int format,
                           std::function<void(const QString& path)> chosen) override;
     void print(const Image& image) override;

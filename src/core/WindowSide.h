@@ -16,9 +16,9 @@ public:
 
     // A modal alert with one button.
     virtual void alert(const QString& title, const QString& text) = 0;
-    // The warning shown before the file-size limit is turned on; true when the person chose
-    // "Don't Show This Message Again".
-    virtual bool warnAboutSizeLimit() = 0;
+    // The warning shown as the file-size limit is turned on. It does not block: the limit is
+    // on whatever the answer; `dontShowAgain` runs if the person asks not to see it again.
+    virtual void warnAboutSizeLimit(std::function<void()> dontShowAgain) = 0;
     // The save dialog, starting in `directory` (empty: the dialog's own choice) and proposing
     // `name`; `chosen` receives the path to write, already given the extension of `format`
     // and confirmed if it replaces a file. Nothing is called when the person cancels.

@@ -69,7 +69,8 @@ void BackgroundOutputWriter::_run() {
         if (_done) removeOutputFile(_done->first.path);
         _done.emplace(std::move(file), job.generation);
         _changed.notify_all();
-        QMetaObject::invokeMethod(this, [this] { _deliver(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { _deliver(); }, Qt::QueuedConnection);
     }
 }
 

@@ -37,8 +37,8 @@ WrittenFile writeOutputAt(const Image& image, const QString& path, const OutputS
 }
 
 QString TmpFileWriter::cachedPath(quint64 revision, const OutputSettings& settings) const {
-    const bool valid = _cacheValid && revision == _revision &&
-                       sameChoices(settings, _settings) && QFileInfo(_current.path).isReadable();
+    const bool valid = _cacheValid && revision == _revision && sameChoices(settings, _settings) &&
+                       QFileInfo(_current.path).isReadable();
     return valid ? _current.path : QString();
 }
 

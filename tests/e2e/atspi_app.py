@@ -15,6 +15,7 @@ import traceback
 TIMEOUT = 20.0
 RETURN_KEYSYM = 0xFF0D
 DOWN_KEYSYM = 0xFF54
+UP_KEYSYM = 0xFF52
 ALT_KEYCODE = 64  # Alt_L in the X server's default keymap
 pyatspi = None  # imported once the private buses exist: libatspi binds to the bus it first sees
 
@@ -246,6 +247,11 @@ class App:
         pyatspi.Registry.generateKeyboardEvent(keysym, None, pyatspi.KEY_SYM)
 
     @staticmethod
+    def role(name):
+        """pyatspi's role of that name ("ROLE_LABEL"): flows are loaded before pyatspi is."""
+        return getattr(pyatspi, name)
+
+    @staticmethod
     def is_enabled(acc):
         return acc.getState().contains(pyatspi.STATE_ENABLED)
 
@@ -280,6 +286,9 @@ class App:
         self.act(self.find("Save", pyatspi.ROLE_PUSH_BUTTON, dialog))
         wait_for("the Save dialog to close",
                  lambda: not dialog.getState().contains(pyatspi.STATE_SHOWING))
+        # The keyboard is back where the person left it, window manager or not.
+        wait_for("the main window to be active again",
+                 lambda: self.window.getState().contains(pyatspi.STATE_ACTIVE))
 
 
 def run(flow):

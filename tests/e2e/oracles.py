@@ -42,3 +42,18 @@ def clipboard_file():
     uri = (clipboard("text/uri-list") or b"").decode().splitlines()
     check(uri, "the clipboard names no file in text/uri-list")
     return urllib.parse.unquote(urllib.parse.urlparse(uri[0].strip()).path)
+
+
+def jpeg_quality(path):
+    """The quality ImageMagick reads back from a JPEG's quantisation tables."""
+    result = subprocess.run(["identify", "-format", "%Q", path], capture_output=True, text=True)
+    check(result.returncode == 0, f"identify cannot read {path}: {result.stderr.strip()}")
+    return int(result.stdout.strip())
+
+
+def size_text(count):
+    """A byte count as the desktop reads it: binary units, bytes, KB, MB and GB."""
+    for unit, digits, power in (("GB", 2, 3), ("MB", 1, 2), ("KB", 0, 1)):
+        if count >= 1024 ** power:
+            return f"{count / 1024 ** power:.{digits}f} {unit}"
+    return f"{max(count, 0)} bytes"

@@ -24,9 +24,9 @@ struct RecordingWindow : WindowSide {
     void alert(const QString& title, const QString& text) override {
         alerts << title + QLatin1Char('|') + text;
     }
-    bool warnAboutSizeLimit() override {
+    void warnAboutSizeLimit(std::function<void()> dontShowAgain) override {
         ++warningsShown;
-        return answerDontShowAgain;
+        if (answerDontShowAgain) dontShowAgain();
     }
     void chooseSaveTarget(const QString&, const QString&, int,
                           std::function<void(const QString&)> chosen) override {

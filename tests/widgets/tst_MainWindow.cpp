@@ -120,7 +120,7 @@ private Q_SLOTS:
     void outputMenuSettingsApplyAtOnceWithCheckMarks() {
         QMenu* output = nullptr;
         for (QAction* menu : window->menuBar()->actions()) {
-            if (menu->text() == QStringLiteral("&Output")) output = menu->menu();
+            if (menu->text() == QStringLiteral("O&utput")) output = menu->menu();
         }
         QVERIFY(output);
         const auto item = [](QMenu* menu, const QString& title) -> QAction* {
