@@ -5,6 +5,7 @@
 #include "core/AppController.h"
 #include "core/AppControllerTemplates.h"
 #include "core/NumberText.h"
+#include "core/SettingRanges.h"
 #include "core/WindowSide.h"
 #include "platform/DefaultsKeys.h"
 
@@ -91,7 +92,7 @@ void AppController::setSharpness(float value) {
 }
 
 int AppController::fileFormat() const {
-    return _defaults.integerForKey(DefFileFormat);
+    return integerSetting(_defaults, DefFileFormat);
 }
 
 void AppController::setFileFormat(int format) {

@@ -15,6 +15,9 @@ constexpr int kMaxBorderThickness = 100;
 constexpr int kMaxCaptureDelay = 600;
 
 const SettingRange kRanges[] = {
+    // An unknown format is written as JPEG, the factory format: the window then shows JPEG
+    // with its quality, as it writes.
+    {DefFileFormat, 101, 104, std::nullopt},
     {DefInterpolation, 0, 3, std::nullopt},
     {DefPreserveExif, 0, 2, std::nullopt},
     {DefTimeStamp, 0, 2, std::nullopt},

@@ -283,6 +283,8 @@ private Q_SLOTS:
         OutputControls unknown(*controller);
         QCOMPARE(unknown.findChild<QComboBox*>(QStringLiteral("formatPopup"))->currentText(),
                  QStringLiteral("JPEG"));
+        // Written as JPEG, so its quality applies and can be set.
+        QVERIFY(unknown.findChild<QLineEdit*>(QStringLiteral("qualityField"))->isEnabled());
     }
 };
 
