@@ -238,7 +238,7 @@ void OutputControls::_connectSizeControls() {
     // Keys and clicks on the groove move the slider without a drag: one step each.
     connect(_scaleSlider, &QSlider::actionTriggered, context, [this](int action) {
         if (action == QAbstractSlider::SliderMove || _scaleSlider->isSliderDown()) return;
-        _controller.setScaleFactor(float(_scaleSlider->sliderPosition()) / 100);
+        _controller.setScaleFactorPercent(_scaleSlider->sliderPosition());
     });
     connect(_widthField, &BFStepper::committed, context, [this](int width) {
         _controller.setPixelWidth(width);
