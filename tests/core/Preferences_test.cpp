@@ -28,21 +28,6 @@ protected:
     PreferencesBuffer buffer;
 };
 
-TEST_F(PreferencesTest, CancelKeepsEveryKey) {
-    defaults.setInteger(DefTimeStamp, 1);
-    defaults.synchronize();
-    const QByteArray before = test::readFile(path);
-    buffer.setBool(DefBorder, true);
-    buffer.setInteger(DefTimeStamp, 2);
-    buffer.setColor(DefBorderColor, QColor(1, 2, 3, 4));
-    EXPECT_EQ(buffer.integerForKey(DefTimeStamp), 2);
-    EXPECT_EQ(defaults.integerForKey(DefTimeStamp), 1);
-    buffer.revert();
-    EXPECT_EQ(buffer.integerForKey(DefTimeStamp), 1);
-    defaults.synchronize();
-    EXPECT_EQ(test::readFile(path), before);
-}
-
 TEST_F(PreferencesTest, OkWritesEveryEditToTheFile) {
     buffer.setBool(DefBorder, true);
     buffer.setInteger(DefBorderThickness, 7);
@@ -58,20 +43,6 @@ TEST_F(PreferencesTest, OkWritesEveryEditToTheFile) {
     EXPECT_EQ(reread.integerForKey(DefBorderThickness), 7);
     EXPECT_EQ(reread.integerForKey(DefTimedCaptureDelay), 1);
     EXPECT_EQ(reread.colorForKey(DefBorderColor).rgba(), QColor(255, 0, 0, 128).rgba());
-}
-
-// The main menu turns the border on while a stale edit says off.
-TEST_F(PreferencesTest, AMenuChangeMadeWhileClosedShowsAndSurvivesOk) {
-    buffer.setBool(DefBorder, false);
-    buffer.setInteger(DefInterpolation, 0);
-    defaults.setBool(DefBorder, true);
-    defaults.setInteger(DefInterpolation, 1);
-    buffer.updateDefaultsController();
-    EXPECT_TRUE(buffer.boolForKey(DefBorder));
-    EXPECT_EQ(buffer.integerForKey(DefInterpolation), 1);
-    buffer.save();
-    EXPECT_TRUE(defaults.boolForKey(DefBorder));
-    EXPECT_EQ(defaults.integerForKey(DefInterpolation), 1);
 }
 
 TEST(NonsenseSettingsTest, EveryKeyReadsAsTheValueTheProgramUses) {
