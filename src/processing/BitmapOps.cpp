@@ -24,17 +24,6 @@ struct Colour {
     float r, g, b, a;
 };
 
-// libvips errors, failed allocations and failed threads become the project's "no result"
-// here, in one place.
-template <class Make>
-Image guarded(const char* operation, Make make) {
-    try {
-        return make();
-    } catch (const std::exception& error) {
-        qWarning("marigold: %s failed: %s", operation, error.what());
-    }
-    return {};
-}
 
 // Truncates toward zero; out-of-range and not-a-number values must not reach the conversion.
 int clampedInt(double value) {

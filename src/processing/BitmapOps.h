@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QColor>
+#include <QtGlobal>
+#include <exception>
 #include <optional>
 
 #include "platform/Geometry.h"
@@ -11,6 +13,18 @@ namespace marigold::bitmap {
 // The bitmap helpers the pipeline is built from. Rectangles are in the image's own
 // coordinates with the origin at the lower-left (y up); this file is the one place where
 // they meet libvips' pixel rows.
+
+// libvips errors, failed allocations and failed threads become the project's "no result"
+// here, in one place.
+template <class Make>
+Image guarded(const char* operation, Make make) {
+    try {
+        return make();
+    } catch (const std::exception& error) {
+        qWarning("marigold: %s failed: %s", operation, error.what());
+    }
+    return {};
+}
 
 // A new fully transparent w x h image (sizes truncated toward zero); null when either is 0.
 Image withSize(SizeF size);

@@ -30,6 +30,15 @@ public:
     // No larger than `box`, keeping the aspect; the very same image when it already fits.
     static Image scaleImage(const Image& image, SizeF box);
 
+    // Turned by `degrees` (counter-clockwise) onto a canvas just large enough, the corners
+    // transparent; whole quarter turns move pixels without resampling. Null when the canvas
+    // would be larger than kMaxOutputPixels.
+    static Image rotateImage(const Image& image, double degrees);
+    static Image flipImageHorizontal(const Image& image);
+    static Image flipImageVertical(const Image& image);
+    // Opaque grey: rint(0.222 R + 0.707 G + 0.071 B) in double precision.
+    static Image desaturate(const Image& image);
+
 private:
     Image _fullOutput(const Image& image, const CropPlan& plan, float sharpness) const;
     Image _fastOutput(const Image& image, const CropPlan& plan) const;
