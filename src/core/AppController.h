@@ -119,6 +119,15 @@ public:
     bool border() const;
     void toggleBorder();
 
+    // The picture itself. Each is one undo step named after it: a flip undoes by flipping
+    // again, desaturation by bringing back the picture it replaced. A turn shows the picture
+    // as opened turned by the angle (counter-clockwise) and deselects; a canvas that would be
+    // too large is refused with a notice.
+    void flipHorizontal();
+    void flipVertical();
+    void desaturate();
+    void rotateImage90(bool left);
+
     void clear();
     void resetControls();
     void preferenceDidChange();
@@ -209,6 +218,8 @@ private:
     QString _typedSetting(const TypedSetting& setting) const;
     void _setTypedSetting(const TypedSetting& setting, const QString& text);
     void _showImage(const Image& image);
+    void _flip(bool horizontally);
+    void _setOpenedImage(Image original);
     Image _renderOutput(bool fast) const;
     // The output as a call that owns what it reads, so it may run on another thread.
     std::function<Image()> _outputRenderer(bool fast) const;

@@ -25,6 +25,12 @@ void Document::setRotation(double degrees) {
     _changed();
 }
 
+void Document::setEditedImage(const Image& original, const Image& image, double degrees) {
+    _origImage = original;
+    _rotation = degrees;
+    setDisplayImage(image, false);
+}
+
 void Document::setSourcePath(const QString& path) {
     _sourcePath = path;
     _changed();

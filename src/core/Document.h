@@ -37,6 +37,9 @@ public:
     // The shown picture alone (a rotation of the original), optionally keeping the selection.
     void setDisplayImage(const Image& image, bool deselect);
     void setRotation(double degrees);
+    // The picture as opened replaced by an edited one (a flip, grey), shown as `image` at
+    // `degrees`; the selection stays.
+    void setEditedImage(const Image& original, const Image& image, double degrees);
     void setSourcePath(const QString& path);
     void setName(const QString& name);
     void setMarquee(const Marquee& marquee);

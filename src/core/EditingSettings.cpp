@@ -142,12 +142,6 @@ void AppController::setFilesizeLimit(const QString& text) {
     _setTypedSetting(kFilesizeLimit, text);
 }
 
-void AppController::setRotation(double degrees) {
-    Q_EMIT rotationChanged(degrees);
-    _registerUndo(rotation(), &AppController::setRotation, tr("Rotate"));
-    _document.setRotation(degrees);
-}
-
 void AppController::setScaleFactor(float factor) {
     if (!(factor > 0) || factor == scaleFactor()) return;
     _registerUndo(scaleFactor(), &AppController::setScaleFactor, tr("Size Change"));

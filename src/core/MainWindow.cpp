@@ -181,6 +181,21 @@ void MainWindow::_buildMenus() {
     preferences->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     preferences->setMenuRole(QAction::PreferencesRole);
 
+    QMenu* image = menuBar()->addMenu(tr("&Image"));
+    _actions.rotateLeft = image->addAction(tr("Rotate 90° Left"), &_controller,
+                                           [this] { _controller.rotateImage90(true); });
+    _actions.rotateLeft->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_L));
+    _actions.rotateRight = image->addAction(tr("Rotate 90° Right"), &_controller,
+                                            [this] { _controller.rotateImage90(false); });
+    _actions.rotateRight->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
+    image->addSeparator();
+    _actions.flipHorizontal =
+        image->addAction(tr("Flip Horizontal"), &_controller, &AppController::flipHorizontal);
+    _actions.flipVertical =
+        image->addAction(tr("Flip Vertical"), &_controller, &AppController::flipVertical);
+    _actions.desaturate =
+        image->addAction(tr("Desaturate"), &_controller, &AppController::desaturate);
+    _actions.desaturate->setToolTip(tr("Desaturate (ie. make grayscale)"));
     menuBar()->addMenu(buildOutputMenu(_controller, this, &_connections));
 
     // Shortcuts stay live while the menus are closed, so the state is kept current, not
@@ -188,7 +203,7 @@ void MainWindow::_buildMenus() {
     connect(&undo, &UndoManager::changed, &_connections, [this] { _updateMenus(); });
     connect(&_controller.document(), &Document::sourcePathChanged, &_connections,
             [this] { _updateMenus(); });
-    for (QMenu* menu : {file, edit}) {
+    for (QMenu* menu : {file, edit, image}) {
         connect(menu, &QMenu::aboutToShow, &_connections, [this] { _updateMenus(); });
     }
     _updateMenus();
@@ -201,7 +216,11 @@ void MainWindow::_updateMenus() {
     _actions.redo->setText(undo.redoMenuItemTitle());
     _actions.redo->setEnabled(undo.canRedo());
     _updateOutputItems();
-    _actions.discard->setEnabled(_controller.document().hasImage());
+    const bool picture = _controller.document().hasImage();
+    for (QAction* action : {_actions.discard, _actions.rotateLeft, _actions.rotateRight,
+                            _actions.flipHorizontal, _actions.flipVertical, _actions.desaturate}) {
+        action->setEnabled(picture);
+    }
     _actions.revert->setEnabled(_controller.canRevert());
 }
 

@@ -72,6 +72,11 @@ private:
         QAction* print;
         QAction* copy;
         QAction* discard;
+        QAction* rotateLeft;
+        QAction* rotateRight;
+        QAction* flipHorizontal;
+        QAction* flipVertical;
+        QAction* desaturate;
     } _actions{};
     bool _previewPending = false;
     WindowDialogs _dialogs;

@@ -120,6 +120,19 @@ void Marquee::deselect() {
     _endPoint = {0, 0};
 }
 
+Marquee Marquee::mirrored(bool horizontally) const {
+    Marquee result = *this;
+    if (deselected()) return result;
+    if (horizontally) {
+        result._startPoint.x = 1 - _startPoint.x;
+        result._endPoint.x = 1 - _endPoint.x;
+    } else {
+        result._startPoint.y = 1 - _startPoint.y;
+        result._endPoint.y = 1 - _endPoint.y;
+    }
+    return result;
+}
+
 bool Marquee::deselected() const {
     return _startPoint == _endPoint;
 }

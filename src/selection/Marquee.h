@@ -40,6 +40,8 @@ public:
     RectF rectTranslatedFromPoint(PointF from, PointF to, RectF bounds) const;
     void selectAll();
     void deselect();
+    // The same selection over the picture mirrored left to right (or top to bottom).
+    Marquee mirrored(bool horizontally) const;
     bool deselected() const;
 
     bool containsPoint(PointF viewPoint, RectF bounds) const;
