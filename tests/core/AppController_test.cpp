@@ -86,13 +86,14 @@ TEST_F(AppControllerTest, UndoRestoresEachSettingUnderItsName) {
          [&] { return controller.previewMode() == 0; }},
         {[&] { controller.setLimitFilesize(false); }, QStringLiteral("Disable Filesize Limit"),
          [&] { return controller.limitFilesize(); }},
-        {[&] { controller.setRotation(90); }, QStringLiteral("Rotate"),
-         [&] { return controller.rotation() == 0; }},
         {[&] { controller.setScaleFactor(0.5f); }, QStringLiteral("Size Change"),
          [&] { return controller.scaleFactor() == 1.0f; }},
         // Undo after Deselect brings back the selection that was removed.
         {[&] { controller.deselect(); }, QStringLiteral("Crop Selection"),
          [&] { return document().cropRect() == RectF{0, 0, 40, 30}; }},
+        // Last: a turn deselects.
+        {[&] { controller.setRotation(90); }, QStringLiteral("Rotate"),
+         [&] { return controller.rotation() == 0; }},
     };
     for (const Case& c : cases) {
         c.change();
