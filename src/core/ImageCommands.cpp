@@ -10,7 +10,7 @@
 namespace marigold {
 
 void AppController::setRotation(double degrees) {
-    const Image turned = ImageProcessor::rotateImage(_document.origImage(), degrees);
+    const Image turned = ImageProcessor::rotateImageShownFirst(_document.origImage(), degrees);
     if (_document.hasImage() && turned.isNull()) {
         if (_window) _window->showNotice(tr("Turned that far, the picture would be too large."));
         return;

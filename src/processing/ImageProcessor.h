@@ -34,6 +34,9 @@ public:
     // transparent; whole quarter turns move pixels without resampling. Null when the canvas
     // would be larger than kMaxOutputPixels.
     static Image rotateImage(const Image& image, double degrees);
+    // The same picture, shown sooner: for a large picture the turn of its half-size copy is
+    // ready at once and the full one is made on another thread, as a large file is opened.
+    static Image rotateImageShownFirst(const Image& image, double degrees);
     static Image flipImageHorizontal(const Image& image);
     static Image flipImageVertical(const Image& image);
     // Opaque grey: rint(0.222 R + 0.707 G + 0.071 B) in double precision.

@@ -1,7 +1,9 @@
 // The operations that change the source before it is cropped: free rotation, mirror images
 // and grey. Pure functions of their arguments.
+#include <QThreadPool>
 #include <array>
 #include <cmath>
+#include <future>
 #include <numbers>
 
 #include "processing/BitmapOps.h"
@@ -60,6 +62,38 @@ Image ImageProcessor::rotateImage(const Image& image, double degrees) {
                                ->set("background", std::vector<double>{0, 0, 0, 0}));
         return Image::fromRgba(turned, false);
     });
+}
+
+Image ImageProcessor::rotateImageShownFirst(const Image& image, double degrees) {
+    // Below this, turning the whole picture is as quick as turning a copy.
+    constexpr long long kPixelsWorthSplitting = 4'000'000;
+    if (image.isNull() || isQuarterTurn(degrees) ||
+        (long long)image.pixelsWide() * image.pixelsHigh() < kPixelsWorthSplitting) {
+        return rotateImage(image, degrees);
+    }
+    const RotatedCanvas canvas =
+        rotatedCanvas({float(image.pixelsWide()), float(image.pixelsHigh())}, degrees);
+    const int wide = int(canvas.size.width), high = int(canvas.size.height);
+    const Image half = rotateImage(
+        image.levelWithAtLeast(image.pixelsWide() / 2, image.pixelsHigh() / 2), degrees);
+    if (half.isNull() || (long long)wide * high > kMaxOutputPixels) return {};
+    // A promise kept on the shared pool, not std::async: the future of std::async would hold
+    // up whoever lets go of this picture until the turn is done.
+    auto promise = std::make_shared<std::promise<vips::VImage>>();
+    std::shared_future<vips::VImage> full = promise->get_future().share();
+    QThreadPool::globalInstance()->start([promise, image, degrees] {
+        const Image turned = rotateImage(image, degrees);
+        if (turned.isNull()) {
+            promise->set_exception(
+                std::make_exception_ptr(vips::VError("the full-size turn failed")));
+        } else {
+            promise->set_value(turned.pixels());
+        }
+    });
+    // The half-size turn may come out a pixel off the exact half; the pyramid wants the half.
+    const vips::VImage halfLevel = half.pixels().embed(
+        0, 0, wide / 2, high / 2, vips::VImage::option()->set("extend", VIPS_EXTEND_BACKGROUND));
+    return Image::fromPendingDecode(wide, high, std::move(full), halfLevel.copy_memory(), false);
 }
 
 Image ImageProcessor::flipImageHorizontal(const Image& image) {

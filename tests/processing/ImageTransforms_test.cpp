@@ -117,6 +117,19 @@ TEST(ImageTransformsTest, AFreeTurnHasTransparentCornersAndUndarkenedEdges) {
     EXPECT_GT(edges, 10) << "the edges are blended";
 }
 
+// A large picture is shown from its turned half-size copy first; its full pixels, when they
+// come, are exactly the plain turn's.
+TEST(ImageTransformsTest, ALargeTurnShownFirstEndsAsThePlainTurn) {
+    const Image source = test::gradientImage(2500, 2000);
+    const Image plain = ImageProcessor::rotateImage(source, 30);
+    const Image first = ImageProcessor::rotateImageShownFirst(source, 30);
+    ASSERT_EQ(first.pixelsWide(), plain.pixelsWide());
+    ASSERT_EQ(first.pixelsHigh(), plain.pixelsHigh());
+    const Image shown = first.levelWithAtLeast(first.pixelsWide() / 2, first.pixelsHigh() / 2);
+    EXPECT_EQ(shown.pixelsWide(), plain.pixelsWide() / 2);
+    EXPECT_EQ(difference(first.pixels(), plain.pixels()).max(), 0);
+}
+
 TEST(ImageTransformsTest, ACanvasBeyondThePixelLimitIsRefused) {
     // Only the size is looked at: the pixels are never decoded.
     const vips::VImage tiny = vips::VImage::black(2, 2, vips::VImage::option()->set("bands", 4));
