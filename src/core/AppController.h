@@ -127,6 +127,14 @@ public:
     void flipVertical();
     void desaturate();
     void rotateImage90(bool left);
+    // To the rotation slider's tick nearest a turn of 22.5° right (left) of the angle, the
+    // 0.0001 breaking a tie toward the turn; by 1° (negative: right).
+    void rotateImageCW();
+    void rotateImageCCW();
+    void rotateImageFine(double degrees);
+    // While the rotation slider is dragged: the 350 x 350 copy turned, no undo; the picture is
+    // deselected as a turn does.
+    void setPreviewRotation(double degrees);
 
     void clear();
     void resetControls();

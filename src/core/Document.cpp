@@ -1,11 +1,21 @@
 #include "core/Document.h"
 
+#include "processing/ImageProcessor.h"
+
 namespace marigold {
 
 Document::Document(QObject* parent) : QObject(parent) {}
 
+const Image& Document::previewImage() const {
+    if (_previewImage.isNull() && !_origImage.isNull()) {
+        _previewImage = ImageProcessor::scaleImage(_origImage, {350, 350});
+    }
+    return _previewImage;
+}
+
 void Document::setImage(const Image& original) {
     _origImage = original;
+    _previewImage = Image();
     _rotation = 0;
     setDisplayImage(original, true);
 }
@@ -27,6 +37,7 @@ void Document::setRotation(double degrees) {
 
 void Document::setEditedImage(const Image& original, const Image& image, double degrees) {
     _origImage = original;
+    _previewImage = Image();
     _rotation = degrees;
     setDisplayImage(image, false);
 }

@@ -21,6 +21,9 @@ public:
 
     // The picture as opened, upright.
     const Image& origImage() const { return _origImage; }
+    // The picture as opened, reduced to fit 350 x 350: turned at every step of a drag of the
+    // rotation slider instead of the whole picture.
+    const Image& previewImage() const;
     // The picture the selection is drawn over and the output is cut from.
     const Image& image() const { return _image; }
     bool hasImage() const { return !_image.isNull(); }
@@ -66,6 +69,7 @@ private:
     void _changed() { ++_revision; }
 
     Image _origImage;
+    mutable Image _previewImage;
     Image _image;
     double _rotation = 0;
     QString _sourcePath;

@@ -24,6 +24,7 @@ void AppController::_showImage(const Image& image) {
 
 void AppController::resetControls() {
     setScaleFactor(1.0f);
+    Q_EMIT rotationChanged(rotation());
     Q_EMIT inputControlsEnabledChanged(_document.hasImage());
     // The reset itself must leave no history.
     _later(0, [this] { _undoManager.removeAllActions(); });

@@ -6,6 +6,8 @@
 #include "core/AppController.h"
 #include "core/AppControllerTemplates.h"
 #include "core/WindowSide.h"
+#include "processing/RotationGeometry.h"
+#include "selection/ControlArithmetic.h"
 
 namespace marigold {
 
@@ -24,8 +26,30 @@ void AppController::setRotation(double degrees) {
 }
 
 void AppController::rotateImage90(bool left) {
+    rotateImageFine(left ? 90.0 : -90.0);
+}
+
+void AppController::rotateImageCW() {
+    setRotation(controls::closestRotationTick(rotation() - 22.5001));
+}
+
+void AppController::rotateImageCCW() {
+    setRotation(controls::closestRotationTick(rotation() + 22.5001));
+}
+
+void AppController::rotateImageFine(double degrees) {
     // Kept within -180 to 180, where the angle lives.
-    setRotation(std::remainder(rotation() + (left ? 90.0 : -90.0), 360.0));
+    setRotation(std::remainder(rotation() + degrees, 360.0));
+}
+
+void AppController::setPreviewRotation(double degrees) {
+    if (!_document.hasImage()) return;
+    const Image turned = ImageProcessor::rotateImage(_document.previewImage(), degrees);
+    if (turned.isNull()) return;
+    // Drawn where the whole picture turned would be: the copy stands in at that size.
+    const SizeF size = _document.origImage().size();
+    _document.setDisplayImage(turned.withSize(rotatedCanvas(size, degrees).size), true);
+    updatePreview();
 }
 
 void AppController::flipHorizontal() {

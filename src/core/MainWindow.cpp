@@ -12,6 +12,7 @@
 #include "core/AppController.h"
 #include "core/OutputControls.h"
 #include "core/PreferenceController.h"
+#include "core/RotationControls.h"
 #include "core/SettingsMenus.h"
 #include "core/ValueLabel.h"
 #include "jpeg/InfoController.h"
@@ -124,6 +125,8 @@ void MainWindow::_buildPanes() {
     inputBar->addWidget(nameLabel);
     inputBar->addWidget(_nameField, 1);
     inputBar->addWidget(_sizeLabel);
+    _rotationControls = new RotationControls(_controller);
+    inputBar->addWidget(_rotationControls);
     auto* bars = new QHBoxLayout;
     bars->addLayout(inputBar, 1);
     bars->addSpacing(16);
@@ -188,6 +191,14 @@ void MainWindow::_buildMenus() {
     _actions.rotateRight = image->addAction(tr("Rotate 90° Right"), &_controller,
                                             [this] { _controller.rotateImage90(false); });
     _actions.rotateRight->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
+    _actions.rotateCCW =
+        image->addAction(tr("Rotate Left"), &_controller, &AppController::rotateImageCCW);
+    _actions.rotateCW =
+        image->addAction(tr("Rotate Right"), &_controller, &AppController::rotateImageCW);
+    _actions.rotateCCWFine = image->addAction(tr("Rotate Left by 1°"), _rotationControls,
+                                              [this] { _rotationControls->rotateFine(1); });
+    _actions.rotateCWFine = image->addAction(tr("Rotate Right by 1°"), _rotationControls,
+                                             [this] { _rotationControls->rotateFine(-1); });
     image->addSeparator();
     _actions.flipHorizontal =
         image->addAction(tr("Flip Horizontal"), &_controller, &AppController::flipHorizontal);
@@ -217,8 +228,10 @@ void MainWindow::_updateMenus() {
     _actions.redo->setEnabled(undo.canRedo());
     _updateOutputItems();
     const bool picture = _controller.document().hasImage();
-    for (QAction* action : {_actions.discard, _actions.rotateLeft, _actions.rotateRight,
-                            _actions.flipHorizontal, _actions.flipVertical, _actions.desaturate}) {
+    for (QAction* action :
+         {_actions.discard, _actions.rotateLeft, _actions.rotateRight, _actions.rotateCCW,
+          _actions.rotateCW, _actions.rotateCCWFine, _actions.rotateCWFine, _actions.flipHorizontal,
+          _actions.flipVertical, _actions.desaturate}) {
         action->setEnabled(picture);
     }
     _actions.revert->setEnabled(_controller.canRevert());

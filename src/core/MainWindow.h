@@ -15,6 +15,7 @@ class CenteringScrollArea;
 class InputImageView;
 class OutputImageView;
 class OutputControls;
+class RotationControls;
 class InfoController;
 class PreferenceController;
 
@@ -62,6 +63,7 @@ private:
     QLineEdit* _nameField;
     QLabel* _sizeLabel;
     OutputControls* _outputControls;
+    RotationControls* _rotationControls;
     InfoController* _info;
     PreferenceController* _preferences;
     struct Actions {
@@ -74,6 +76,10 @@ private:
         QAction* discard;
         QAction* rotateLeft;
         QAction* rotateRight;
+        QAction* rotateCCW;
+        QAction* rotateCW;
+        QAction* rotateCCWFine;
+        QAction* rotateCWFine;
         QAction* flipHorizontal;
         QAction* flipVertical;
         QAction* desaturate;

@@ -41,4 +41,9 @@ int scaleWheelStep(double verticalDelta, bool ctrlHeld) {
     return verticalDelta > 0 ? step : -step;
 }
 
+double closestRotationTick(double degrees) {
+    const double tick = std::round(degrees / kRotationTickStep) * kRotationTickStep;
+    return std::clamp(tick, double(-kRotationLimit), double(kRotationLimit));
+}
+
 }  // namespace marigold::controls

@@ -25,4 +25,15 @@ PointF constrainScrollPoint(PointF proposed, SizeF document, SizeF visible);
 // negative when the vertical delta is not above 0; 0 (no step) for a zero delta.
 int scaleWheelStep(double verticalDelta, bool ctrlHeld);
 
+// The rotation slider: -180 to 180 degrees with a tick every 45.
+inline constexpr int kRotationLimit = 180;
+inline constexpr int kRotationTickStep = 45;
+// The tick nearest to `degrees`, within the slider's range.
+double closestRotationTick(double degrees);
+// Whether the rotation slider snaps to its ticks during a press: the setting, turned round
+// while Shift is held.
+inline bool rotationSnapsToTicks(bool constrain, bool shiftHeld) {
+    return constrain != shiftHeld;
+}
+
 }  // namespace marigold::controls

@@ -64,5 +64,25 @@ TEST_F(ImageCommands, AFlipKeepsTheSelectionOverTheSamePartAndATurnDeselects) {
     EXPECT_EQ(controller.rotation(), -90) << "angles stay within -180 to 180";
 }
 
+// From halfway between two ticks a step right lands on the lower tick and a step left on the
+// upper one; a drag's preview turns a small copy drawn at the full size and leaves no step.
+TEST_F(ImageCommands, TickStepsBreakTiesTowardTheTurnAndPreviewsLeaveNoStep) {
+    open(test::gradientImage(1200, 800));
+    controller.setRotation(22.5);
+    controller.rotateImageCW();
+    EXPECT_EQ(controller.rotation(), 0);
+    controller.setRotation(22.5);
+    controller.rotateImageCCW();
+    EXPECT_EQ(controller.rotation(), 45);
+    finishPass();
+    const int steps = controller.undoManager().undoCount();
+    controller.setPreviewRotation(30);
+    EXPECT_EQ(document().image().pixelsWide(), 419) << "the 350 x 233 copy turned";
+    EXPECT_EQ(int(document().image().size().width), 1439) << "1200 cos 30 + 800 sin 30";
+    EXPECT_EQ(controller.rotation(), 45) << "a preview is not the angle";
+    finishPass();
+    EXPECT_EQ(controller.undoManager().undoCount(), steps);
+}
+
 }  // namespace
 }  // namespace marigold

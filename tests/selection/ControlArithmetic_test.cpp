@@ -55,5 +55,17 @@ TEST(ControlArithmetic, ScaleWheelSteps) {
     }
 }
 
+TEST(ControlArithmetic, RotationTicksAndTheirShiftRule) {
+    for (const auto& [degrees, tick] : {std::pair{-0.0001, 0.0}, {45.0001, 45.0}, {-22.6, -45.0},
+                                        {170.0, 180.0}, {-200.0, -180.0}, {67.4, 45.0}}) {
+        EXPECT_EQ(closestRotationTick(degrees), tick) << degrees;
+    }
+    // Snapping is the setting unless Shift is held, which turns it round.
+    EXPECT_TRUE(rotationSnapsToTicks(true, false));
+    EXPECT_FALSE(rotationSnapsToTicks(true, true));
+    EXPECT_FALSE(rotationSnapsToTicks(false, false));
+    EXPECT_TRUE(rotationSnapsToTicks(false, true));
+}
+
 }  // namespace
 }  // namespace marigold::controls
