@@ -84,6 +84,16 @@ TEST(ImageTransformsTest, QuarterTurnsAndFlipsMovePixelsExactly) {
     EXPECT_EQ(pixelAt(ImageProcessor::flipImageVertical(source), 3, 0), pixelAt(source, 3, 49));
 }
 
+TEST(ImageTransformsTest, EveryTurnFillsTheCanvasTheTableGives) {
+    const Image source = test::gradientImage(40, 20);
+    for (double d = -179; d <= 180; d += 13) {
+        const RotatedCanvas canvas = rotatedCanvas({40, 20}, d);
+        const Image turned = ImageProcessor::rotateImage(source, d);
+        EXPECT_EQ(turned.pixelsWide(), int(canvas.size.width)) << d;
+        EXPECT_EQ(turned.pixelsHigh(), int(canvas.size.height)) << d;
+    }
+}
+
 // Turned a quarter counter-clockwise, the top edge ends on the left.
 TEST(ImageTransformsTest, AQuarterTurnLeftPutsTheTopEdgeOnTheLeft) {
     const Image source = test::gradientImage(100, 50);
