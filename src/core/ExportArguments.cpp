@@ -17,6 +17,7 @@ const QStringList kValuedOptions = {
     QStringLiteral("width"),   QStringLiteral("height"),       QStringLiteral("sharpen"),
     QStringLiteral("border"),  QStringLiteral("border-color"), QStringLiteral("format"),
     QStringLiteral("quality"), QStringLiteral("limit"),        QStringLiteral("preserve-exif"),
+    QStringLiteral("rotate"),
 };
 
 ParsedExport refused(const QString& reason) {
@@ -94,6 +95,12 @@ ParsedExport parseExportArguments(const QStringList& arguments) {
             options.help = true;
         } else if (argument == QLatin1String("--verbose")) {
             options.verbose = true;
+        } else if (argument == QLatin1String("--flip-horizontal")) {
+            options.flipHorizontal = true;
+        } else if (argument == QLatin1String("--flip-vertical")) {
+            options.flipVertical = true;
+        } else if (argument == QLatin1String("--desaturate")) {
+            options.desaturate = true;
         } else {
             const qsizetype equals = argument.indexOf(QLatin1Char('='));
             const QString name = argument.left(equals).mid(2);
@@ -131,6 +138,14 @@ ParsedExport parseExportArguments(const QStringList& arguments) {
     }
     options.input = inputs.first();
 
+    if (has("rotate")) {
+        bool ok = false;
+        const double degrees = text("rotate").toDouble(&ok);
+        // Written so that NaN fails too.
+        if (!ok || !(degrees >= -180 && degrees <= 180))
+            return unusable("rotate", "a number of degrees from -180 to 180");
+        options.rotation = degrees;
+    }
     if (has("crop") && !(options.crop = cropFrom(text("crop"))))
         return unusable("crop", "X,Y,W,H in whole pixels, W and H above 0");
 
@@ -200,15 +215,23 @@ QString exportHelpText() {
     return QStringLiteral(
         "Usage: marigold --export OUT [options] IN\n"
         "\n"
-        "Crops, scales, sharpens and frames the image IN and writes it to OUT, without a\n"
-        "window or a display.\n"
+        "Turns, crops, scales, sharpens and frames the image IN and writes it to OUT,\n"
+        "without a window or a display.\n"
         "\n"
         "  --export OUT            the file to write; an existing OUT is replaced only once\n"
         "                          the new file is complete, and kept when the export fails\n"
-        "  --crop X,Y,W,H          the region to keep, in pixels from the top-left corner\n"
-        "                          of the upright picture (default: the whole image); a\n"
-        "                          region reaching past the image's edges is clipped to\n"
-        "                          the image, one wholly outside it is refused\n"
+        "  --flip-horizontal       mirror the picture left to right\n"
+        "  --flip-vertical         mirror the picture top to bottom\n"
+        "  --desaturate            make the picture grey\n"
+        "  --rotate DEG            turn the picture DEG degrees counter-clockwise (negative:\n"
+        "                          clockwise), from -180 to 180, after any flip and grey, as\n"
+        "                          the window does; the turned picture fills a canvas just\n"
+        "                          large enough, its uncovered corners transparent (white\n"
+        "                          in a JPEG)\n"
+        "  --crop X,Y,W,H          the region to keep, in pixels of the picture after any\n"
+        "                          flip and turn, counted from its top-left corner\n"
+        "                          (default: all of it); a region reaching past its edges\n"
+        "                          is clipped to it, one wholly outside it is refused\n"
         "  --scale F               the output size as a factor of the region (default 1)\n"
         "  --width W               scale the region to W pixels wide\n"
         "  --height H              scale the region to H pixels high\n"
@@ -234,8 +257,8 @@ QString exportHelpText() {
         "                          stopped early, far over the limit), then the size written\n"
         "  -h, --help              this text\n"
         "\n"
-        "The picture is turned upright as IN's orientation tag says, and OUT is marked\n"
-        "upright. A file that is cut short or damaged is refused.\n"
+        "The picture is first turned upright as IN's orientation tag says, and OUT is\n"
+        "marked upright. A file that is cut short or damaged is refused.\n"
         "Exit status: 0 when OUT was written, 1 when the export failed, 2 for unusable\n"
         "arguments; the reason is one line on standard error, starting \"marigold: \".\n");
 }

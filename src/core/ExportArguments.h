@@ -16,7 +16,12 @@ struct ExportOptions {
 
     QString input;
     QString output;
-    std::optional<PixelRect> crop;  // the whole image when absent
+    // Applied to the picture as opened in the window's order: flips and grey, then the turn.
+    bool flipHorizontal = false;
+    bool flipVertical = false;
+    bool desaturate = false;
+    double rotation = 0;            // degrees, counter-clockwise, -180 to 180
+    std::optional<PixelRect> crop;  // in the turned picture; the whole of it when absent
     Sizing sizing = Sizing::Scale;
     double size = 1;  // the scale factor, or the output width or height in pixels
     float sharpness = 0;

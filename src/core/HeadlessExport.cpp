@@ -8,6 +8,7 @@
 #include "platform/VipsRuntime.h"
 #include "processing/CropGeometry.h"
 #include "processing/ImageProcessor.h"
+#include "processing/RotationGeometry.h"
 
 namespace marigold {
 
@@ -40,6 +41,34 @@ float scaleFor(const ExportOptions& options, const RectF& rect) {
     return float(options.size);
 }
 
+// The picture as the window shows it after the same commands: flips and grey on the picture
+// as opened, then the turn. Null, with `reason` set, when that cannot be made.
+Image changedSource(Image image, const ExportOptions& options, QString* reason) {
+    if (options.flipHorizontal) image = ImageProcessor::flipImageHorizontal(image);
+    if (options.flipVertical) image = ImageProcessor::flipImageVertical(image);
+    if (options.desaturate) image = ImageProcessor::desaturate(image);
+    if (image.isNull()) {
+        *reason = QStringLiteral("the image could not be processed");
+        return {};
+    }
+    if (options.rotation == 0) return image;
+    const Image turned = ImageProcessor::rotateImage(image, options.rotation);
+    if (!turned.isNull()) return turned;
+    const SizeF size =
+        rotatedCanvas(SizeF{float(image.pixelsWide()), float(image.pixelsHigh())}, options.rotation)
+            .size;
+    const long long wide = (long long)size.width, high = (long long)size.height;
+    *reason = wide * high > kMaxOutputPixels
+                  ? QStringLiteral(
+                        "turned by %1 degrees, the picture would be too large "
+                        "(%2 x %3 pixels)")
+                        .arg(options.rotation)
+                        .arg(wide)
+                        .arg(high)
+                  : QStringLiteral("the image could not be turned");
+    return {};
+}
+
 }  // namespace
 
 std::optional<RectF> pipelineRect(PixelRect crop, int wide, int high) {
@@ -64,8 +93,11 @@ ExportResult runExport(const ExportOptions& options) {
     const LoadedImage loaded = loadImageFile(options.input);
     if (loaded.image.isNull())
         return failed(QStringLiteral("%1: %2").arg(options.input, loaded.error));
-    const int wide = loaded.image.pixelsWide();
-    const int high = loaded.image.pixelsHigh();
+    QString reason;
+    const Image source = changedSource(loaded.image, options, &reason);
+    if (source.isNull()) return failed(QStringLiteral("%1: %2").arg(options.input, reason));
+    const int wide = source.pixelsWide();
+    const int high = source.pixelsHigh();
     const PixelRect crop = options.crop.value_or(PixelRect{0, 0, wide, high});
     const std::optional<RectF> rect = pipelineRect(crop, wide, high);
     if (!rect) {
@@ -89,7 +121,7 @@ ExportResult runExport(const ExportOptions& options) {
     processor.setBorderOn(options.borderThickness > 0);
     processor.setBorderThickness(options.borderThickness);
     processor.setBorderColor(options.borderColor);
-    const Image output = processor.cropImage(loaded.image, *rect, scale, options.sharpness, false);
+    const Image output = processor.cropImage(source, *rect, scale, options.sharpness, false);
     if (output.isNull())
         return failed(QStringLiteral("%1: the image could not be processed").arg(options.input));
     result.wide = output.pixelsWide();

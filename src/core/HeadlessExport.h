@@ -22,8 +22,8 @@ struct ExportResult {
     int high = 0;
 };
 
-// Loads, crops, scales, sharpens, frames and writes `options.output` atomically: on any
-// failure an existing output file is left as it was.
+// Loads, flips, greys, turns, crops, scales, sharpens, frames and writes `options.output`
+// atomically: on any failure an existing output file is left as it was.
 ExportResult runExport(const ExportOptions& options);
 
 // The whole command: help, or parse, start libvips, export and report. Returns the process
