@@ -1,48 +1,15 @@
 #pragma once
 
-#include <QColor>
 #include <QString>
 #include <QStringList>
 #include <optional>
 #include <vector>
 
+#include "core/ExportArguments.h"
 #include "output/JpegSizeSearch.h"
-#include "output/OutputFile.h"
 #include "platform/Geometry.h"
 
 namespace marigold {
-
-// One export without a window, as `marigold --export` describes it.
-struct ExportOptions {
-    enum class Sizing { Scale, Width, Height };
-
-    QString input;
-    QString output;
-    std::optional<PixelRect> crop;  // the whole image when absent
-    Sizing sizing = Sizing::Scale;
-    double size = 1;  // the scale factor, or the output width or height in pixels
-    float sharpness = 0;
-    int borderThickness = 0;  // 0: no border
-    QColor borderColor = QColor(0, 0, 0);
-    int format = JpegFormat;
-    int quality = 80;
-    int limitKB = 0;  // 0: no limit
-    int preserveExif = 1;
-    bool verbose = false;
-    bool help = false;  // only print the help text
-};
-
-struct ParsedExport {
-    std::optional<ExportOptions> options;
-    QString error;  // one line, when there are no options
-};
-
-// True when the command line asks for an export rather than a window.
-bool isExportCommand(const QStringList& arguments);
-
-// `arguments` without the program name. Looks at no file: paths are checked when exporting.
-ParsedExport parseExportArguments(const QStringList& arguments);
-QString exportHelpText();
 
 // `crop` clipped to an image of `wide` x `high` pixels and turned into the pipeline's
 // rectangle (origin lower-left, y up); nothing when no part of it lies inside the image.
@@ -55,8 +22,8 @@ struct ExportResult {
     int high = 0;
 };
 
-// Loads, crops, scales, sharpens, frames and writes `options.output` atomically: on any
-// failure an existing output file is left as it was.
+// Loads, flips, greys, turns, crops, scales, sharpens, frames and writes `options.output`
+// atomically: on any failure an existing output file is left as it was.
 ExportResult runExport(const ExportOptions& options);
 
 // The whole command: help, or parse, start libvips, export and report. Returns the process

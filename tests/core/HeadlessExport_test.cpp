@@ -148,6 +148,23 @@ TEST(HeadlessExportArguments, NonsenseIsRefusedWithOneLine) {
     }
 }
 
+TEST(HeadlessExportArguments, UnusableTurnsAreRefusedWithStatusTwo) {
+    for (const char* value : {"abc", "nan", "", "inf", "181", "-180.5", "90deg"}) {
+        SCOPED_TRACE(value);
+        const QStringList arguments = {"--export", "o.png", "--rotate=" + QString::fromUtf8(value),
+                                       "in.png"};
+        const ParsedExport parsed = parseExportArguments(arguments);
+        EXPECT_FALSE(parsed.options);
+        EXPECT_TRUE(
+            parsed.error.startsWith("--rotate must be a number of degrees from -180 to 180"))
+            << parsed.error.toStdString();
+        EXPECT_EQ(runExportCommand(arguments, "marigold"), 2);
+    }
+    const ParsedExport edge = parseExportArguments(split("--export o.png --rotate -180 in.png"));
+    ASSERT_TRUE(edge.options) << edge.error.toStdString();
+    EXPECT_EQ(edge.options->rotation, -180);
+}
+
 TEST(HeadlessExportArguments, OnlyAnExportOptionBeforeTheEndOfOptionsMeansHeadless) {
     const std::pair<const char*, bool> cases[] = {
         {"--export o.jpg in", true}, {"in --export=o.jpg", true}, {"photo.jpg", false},
@@ -258,6 +275,47 @@ TEST_F(HeadlessExportFiles, SizeOptionsScaleTheCropNotTheImage) {
     }
 }
 
+TEST_F(HeadlessExportFiles, FlipsGreyAndTurnsMatchImageMagickAndComeBeforeTheCrop) {
+    const QString in = savePng(test::gradientImage(100, 50), "gradient.png");
+    const QString out = path("changed.png"), reference = path("reference.png");
+    struct Case {
+        const char* options;
+        const char* convert;  // the same change by ImageMagick, which turns clockwise
+        int tolerance;
+        int wide, high;
+    };
+    const Case cases[] = {
+        {"--rotate 90", "-rotate -90", 0, 50, 100},
+        {"--rotate -90", "-rotate 90", 0, 50, 100},
+        {"--rotate 180", "-rotate 180", 0, 100, 50},
+        {"--flip-horizontal", "-flop", 0, 100, 50},
+        {"--flip-vertical", "-flip", 0, 100, 50},
+        {"--rotate 90 --flip-horizontal", "-flop -rotate -90", 0, 50, 100},
+        {"--rotate 90 --crop 5,20,40,30", "-rotate -90 -crop 40x30+5+20 +repage", 0, 40, 30},
+        // Rounding of the halves may differ.
+        {"--desaturate", "-fx 0.222*r+0.707*g+0.071*b", 1, 100, 50},
+        // Grey before the turn, so the uncovered corners stay transparent.
+        {"--rotate 30 --desaturate", nullptr, 0, 111, 93},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.options);
+        const ExportResult result =
+            run(QStringLiteral("--export %1 %2 %3").arg(out, QString::fromUtf8(c.options), in));
+        ASSERT_TRUE(result.error.isEmpty()) << result.error.toStdString();
+        const VImage got = read(out);
+        ASSERT_EQ(got.width(), c.wide);
+        ASSERT_EQ(got.height(), c.high);
+        if (!c.convert) {
+            ASSERT_EQ(got.bands(), 4);
+            EXPECT_EQ(got.getpoint(0, 0)[3], 0);
+            continue;
+        }
+        test::runTool("convert", QStringList{in} + QString::fromUtf8(c.convert).split(' ') +
+                                     QStringList{"-depth", "8", reference});
+        EXPECT_LE(test::difference(got, read(reference)).max(), c.tolerance);
+    }
+}
+
 TEST_F(HeadlessExportFiles, TheBorderIsDrawnInsideTheOutputInItsColour) {
     const QString in = savePng(test::gradientImage(100, 80), "gradient.png");
     const QString out = path("framed.png");
@@ -291,6 +349,9 @@ TEST_F(HeadlessExportFiles, FailuresSayWhyAndLeaveTheOutputAlone) {
         {QStringLiteral("--export %1 --crop 1200,0,10,10 %2").arg(out, in),
          "lies outside the 1200 x 900 image"},
         {QStringLiteral("--export %1 --scale 20 %2").arg(out, in), "too large"},
+        {QStringLiteral("--export %1 --rotate 45 %2")
+             .arg(out, savePng(test::gradientImage(30000, 10), "thin.png")),
+         "turned by 45 degrees, the picture would be too large (21220 x 21220 pixels)"},
         {QStringLiteral("--export %1 %2").arg(path("no/such/folder/x.jpg"), in), "no such folder"},
         {QStringLiteral("--export %1 %2").arg(path(""), in), "is a folder"},
     };

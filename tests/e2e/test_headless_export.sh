@@ -74,6 +74,13 @@ export_run --export c.png --crop 100,50,400,300 photo.png || fail "--crop png"
 convert photo.png -crop 400x300+100+50 +repage ref.png
 expect "cropped pixels differing" "$(compare -metric AE c.png ref.png null: 2>&1)" 0
 
+# A counter-clockwise quarter turn makes the landscape photo portrait, and the crop is taken
+# from the turned picture.
+export_run --export turned.png --rotate 90 --crop 50,100,300,500 photo.png || fail "--rotate 90"
+expect "turned and cropped size" "$(identify -format %wx%h turned.png)" 300x500
+convert photo.png -rotate -90 -crop 300x500+50+100 +repage turned-ref.png
+expect "turned pixels differing" "$(compare -metric AE turned.png turned-ref.png null: 2>&1)" 0
+
 # Under the limit, after stepping the quality down.
 export_run --export limited.jpg --quality 100 --limit 60 --verbose photo.jpg 2>trace || fail "--limit 60"
 bytes=$(stat -c %s limited.jpg)
@@ -97,6 +104,7 @@ cmp -s kept.jpg kept.orig || fail "the earlier file was changed"
 # Nonsense: one line, a non-zero status, no file.
 printf 'plain text\n' >notes.jpg
 head -c 20000 photo.jpg >cut.jpg
+vips black thin.png 30000 10 --bands 3
 bad_runs=(
     "--export bad.jpg --scale abc photo.jpg"
     "--export bad.jpg --scale 0 photo.jpg"
@@ -113,6 +121,9 @@ bad_runs=(
     "--export bad.jpg cut.jpg"
     "--export no/such/folder/bad.jpg photo.jpg"
     "--export photo.png/bad.jpg photo.jpg"
+    "--export bad.jpg --rotate 181 photo.jpg"
+    "--export bad.jpg --rotate nan photo.jpg"
+    "--export bad.jpg --rotate 45 thin.png"
 )
 for arguments in "${bad_runs[@]}"; do
     status=0
@@ -128,6 +139,7 @@ done
 # Help, with and without the export.
 export_run --export --help >help || fail "--export --help"
 grep -q -- '--crop X,Y,W,H' help || fail "the export help lacks --crop"
+grep -q -- '--rotate DEG .*counter-clockwise' help || fail "the export help lacks --rotate"
 QT_QPA_PLATFORM=offscreen "$APP" --help >help || fail "--help"
 grep -q -- '--export' help || fail "--help does not mention --export"
 echo PASS
