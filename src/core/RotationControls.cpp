@@ -34,7 +34,7 @@ RotationControls::RotationControls(AppController& controller, QWidget* parent)
     }
 
     QObject* context = &_connections;
-    connect(_slider, &RotateSlider::action, context, [this](double degrees) {
+    connect(_slider, &RotateSlider::action, context, [this](int degrees) {
         if (_slider->isFinalAction()) {
             _controller.setRotation(degrees);
         } else {

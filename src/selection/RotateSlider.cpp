@@ -1,30 +1,17 @@
 #include "selection/RotateSlider.h"
 
-#include <QKeyEvent>
 #include <QMouseEvent>
 
 #include "selection/ControlArithmetic.h"
 
 namespace marigold {
 
-RotateSlider::RotateSlider(QWidget* parent) : QSlider(Qt::Horizontal, parent) {
+RotateSlider::RotateSlider(QWidget* parent) : FinalActionSlider(parent) {
     setRange(-controls::kRotationLimit, controls::kRotationLimit);
     setTickInterval(controls::kRotationTickStep);
     setTickPosition(QSlider::TicksBelow);
     setPageStep(controls::kRotationTickStep);
     setConstrain(false);
-    // A drag moves the value through every degree; with ticks only, it jumps between ticks.
-    connect(this, &QSlider::valueChanged, this, [this](int value) {
-        if (!_pressed) return;
-        if (_ticksOnly) {
-            const int tick = int(controls::closestRotationTick(value));
-            if (tick != value) {
-                setValue(tick);
-                return;
-            }
-        }
-        Q_EMIT action(value);
-    });
 }
 
 void RotateSlider::setConstrain(bool constrain) {
@@ -35,29 +22,19 @@ void RotateSlider::setConstrain(bool constrain) {
 
 void RotateSlider::mousePressEvent(QMouseEvent* event) {
     if (!isEnabled()) return;
-    _ticksOnly =
-        controls::rotationSnapsToTicks(_constrain, event->modifiers().testFlag(Qt::ShiftModifier));
-    _pressed = true;
-    QSlider::mousePressEvent(event);
+    _ticksOnly = controls::rotationSnapsToTicks(_constrain,
+                                                event->modifiers().testFlag(Qt::ShiftModifier));
+    FinalActionSlider::mousePressEvent(event);
 }
 
-void RotateSlider::mouseReleaseEvent(QMouseEvent* event) {
-    QSlider::mouseReleaseEvent(event);
-    if (!_pressed) return;
-    _pressed = false;
-    _sendFinalAction();
-}
-
-void RotateSlider::keyPressEvent(QKeyEvent* event) {
-    const int before = value();
-    QSlider::keyPressEvent(event);
-    if (value() != before) _sendFinalAction();
-}
-
-void RotateSlider::_sendFinalAction() {
-    _isFinalAction = true;
-    Q_EMIT action(value());
-    _isFinalAction = false;
+// With ticks only, a drag jumps from tick to tick.
+void RotateSlider::valueDragged(int value) {
+    const int tick = int(controls::closestRotationTick(value));
+    if (_ticksOnly && tick != value) {
+        setValue(tick);
+        return;
+    }
+    FinalActionSlider::valueDragged(value);
 }
 
 }  // namespace marigold

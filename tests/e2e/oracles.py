@@ -1,9 +1,10 @@
 """What the end-to-end flows check from outside the application: test photos and image sizes
 through ImageMagick, the clipboard through xclip, as another X client would read it."""
+import os
 import subprocess
 import urllib.parse
 
-from atspi_app import check
+from atspi_app import check, step, wait_for
 
 
 def make_photo(path, width=2725, height=2225):
@@ -57,3 +58,20 @@ def size_text(count):
         if count >= 1024 ** power:
             return f"{count / 1024 ** power:.{digits}f} {unit}"
     return f"{max(count, 0)} bytes"
+
+
+def check_copied_output(session, size):
+    """After Copy: the clipboard's picture and the file it names are both `size` ("WxH"), the
+    picture as PNG and the file as the JPEG the output is written as."""
+    wait_for("image/png on the clipboard", lambda: clipboard_offers("image/png"))
+    pasted = session.path("pasted.png")
+    with open(pasted, "wb") as out:
+        out.write(clipboard("image/png") or b"")
+    copied = clipboard_file()
+    check(os.path.isfile(copied), f"the copied file {copied} does not exist")
+    # Both forms are told, so that a failure shows which of them went wrong.
+    found = {"the clipboard's image/png": (image_size(pasted), f"PNG {size}"),
+             f"the copied file {copied}": (image_size(copied), f"JPEG {size}")}
+    step("; ".join(f"{what}: {got}" for what, (got, _) in found.items()))
+    check(all(got == want for got, want in found.values()),
+          "; ".join(f"{what} is {got}, not {want}" for what, (got, want) in found.items()))
