@@ -4,7 +4,7 @@
 
 #include "core/AppController.h"
 #include "core/AppControllerTemplates.h"
-#include "core/NumberText.h"
+#include "platform/NumberText.h"
 #include "core/SettingRanges.h"
 #include "core/WindowSide.h"
 #include "platform/DefaultsKeys.h"

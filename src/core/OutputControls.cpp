@@ -5,7 +5,7 @@
 #include <functional>
 
 #include "core/AppController.h"
-#include "core/NumberText.h"
+#include "platform/NumberText.h"
 #include "core/ValueLabel.h"
 #include "selection/BFStepper.h"
 #include "selection/QualitySlider.h"

@@ -1,4 +1,4 @@
-#include "core/NumberText.h"
+#include "platform/NumberText.h"
 
 #include <climits>
 
