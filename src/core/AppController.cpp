@@ -21,6 +21,7 @@ AppController::AppController(Defaults& defaults, QObject* parent)
     : QObject(parent), _defaults(defaults) {
     _defaults.registerDefaults(Defaults::factoryDefaults());
     connect(&_document, &Document::scaleFactorChanged, this, &AppController::scaleFactorChanged);
+    _ratioController.setUserResizableHandler([this] { setUserResizable(false); });
     connect(
         &_liveWriter, &BackgroundOutputWriter::finished, this,
         [this](const WrittenFile& file, quint64 generation) { _liveFileDone(file, generation); });
@@ -36,8 +37,8 @@ bool AppController::hasFilesizeLimit() const {
 }
 
 bool AppController::userResizable() const {
-    // No size preset can be chosen yet, so an image is all it takes.
-    return _document.hasImage();
+    // A size preset decides the output size itself.
+    return _document.hasImage() && !_ratioController.actualSize();
 }
 
 void AppController::setUserResizable(bool) {

@@ -5,6 +5,7 @@
 #include <QString>
 #include <functional>
 
+#include "constraints/RatioController.h"
 #include "core/Document.h"
 #include "output/BackgroundOutputWriter.h"
 #include "output/OutputViewDelegate.h"
@@ -45,6 +46,8 @@ public:
     Defaults& defaults() override { return _defaults; }
     UndoManager& undoManager() { return _undoManager; }
     ImageProcessor& imageProcessor() { return _imageProcessor; }
+    // The constraint on the selection; the input view reads it at each press.
+    RatioController& ratioController() { return _ratioController; }
 
     // Settings in the defaults.
     bool sharpen() const;
@@ -249,6 +252,7 @@ private:
     UndoManager _undoManager;
     ImageProcessor _imageProcessor;
     Document _document;
+    RatioController _ratioController{_defaults, _undoManager};
     TempFolder _tempFolder;
     TmpFileWriter _writer{_tempFolder};
     // What the background job in flight was started for.

@@ -10,6 +10,7 @@
 #include <vips/vips8>
 
 #include "core/AppController.h"
+#include "core/ConstraintControls.h"
 #include "core/OutputControls.h"
 #include "core/PreferenceController.h"
 #include "core/RotationControls.h"
@@ -91,6 +92,7 @@ void MainWindow::_buildPanes() {
     _inputView->setMinimumWidth(kMinimumPaneWidth);
     _inputView->setDocument(&_controller.document());
     _inputView->setDelegate(&_controller);
+    _inputView->setConstraint(&_controller.ratioController());
     _outputView = new OutputImageView;
     _outputView->setObjectName(QStringLiteral("outputView"));
     _outputView->setAccessibleName(tr("Output image"));
@@ -126,9 +128,17 @@ void MainWindow::_buildPanes() {
     inputBar->addWidget(_nameField, 1);
     inputBar->addWidget(_sizeLabel);
     _rotationControls = new RotationControls(_controller);
-    inputBar->addWidget(_rotationControls);
+    _constraintControls = new ConstraintControls(_controller.ratioController());
+    auto* selectionBar = new QHBoxLayout;
+    selectionBar->addWidget(_constraintControls);
+    selectionBar->addStretch();
+    selectionBar->addWidget(_rotationControls);
+    auto* inputSide = new QVBoxLayout;
+    inputSide->addLayout(inputBar);
+    inputSide->addLayout(selectionBar);
+    inputSide->addStretch();
     auto* bars = new QHBoxLayout;
-    bars->addLayout(inputBar, 1);
+    bars->addLayout(inputSide, 1);
     bars->addSpacing(16);
     bars->addWidget(_outputControls, 1);
 

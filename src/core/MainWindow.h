@@ -16,6 +16,7 @@ class InputImageView;
 class OutputImageView;
 class OutputControls;
 class RotationControls;
+class ConstraintControls;
 class InfoController;
 class PreferenceController;
 
@@ -64,6 +65,7 @@ private:
     QLabel* _sizeLabel;
     OutputControls* _outputControls;
     RotationControls* _rotationControls;
+    ConstraintControls* _constraintControls;
     InfoController* _info;
     PreferenceController* _preferences;
     struct Actions {
