@@ -61,6 +61,8 @@ void ConstraintControls::rebuild() {
     _popUp->clear();
     for (const QString& encoded : _ratios.constraintMenuItems()) {
         const TaggedMenuItem item(encoded);
+        // Listed once the manager dialog can be opened from here.
+        if (item.tag() == RatioController::kManage) break;
         if (item.isSeparator()) {
             _popUp->insertSeparator(_popUp->count());
         } else {

@@ -129,14 +129,15 @@ void MainWindow::_buildPanes() {
     inputBar->addWidget(_sizeLabel);
     _rotationControls = new RotationControls(_controller);
     _constraintControls = new ConstraintControls(_controller.ratioController());
-    auto* selectionBar = new QHBoxLayout;
-    selectionBar->addWidget(_constraintControls);
-    selectionBar->addStretch();
-    selectionBar->addWidget(_rotationControls);
     auto* inputSide = new QVBoxLayout;
     inputSide->addLayout(inputBar);
-    inputSide->addLayout(selectionBar);
-    inputSide->addStretch();
+    for (QWidget* row : {static_cast<QWidget*>(_constraintControls),
+                         static_cast<QWidget*>(_rotationControls)}) {
+        auto* line = new QHBoxLayout;
+        line->addWidget(row);
+        line->addStretch();
+        inputSide->addLayout(line);
+    }
     auto* bars = new QHBoxLayout;
     bars->addLayout(inputSide, 1);
     bars->addSpacing(16);
