@@ -1,8 +1,10 @@
 #include <benchmark/benchmark.h>
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QMouseEvent>
 #include <QTemporaryDir>
 
 #include "core/AppController.h"
@@ -238,5 +240,34 @@ void BM_RotationPreviewFrame(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_RotationPreviewFrame)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// One pointer move of a selection drag through the input view's own event handling, free
+// (Arg 0) and held to the 640 x 480 size preset (Arg 1), which also sets the scale each move.
+void BM_PointerDragFrame(benchmark::State& state) {
+    Session session;
+    session.controller.openFile(photoPath());
+    session.controller.ratioController().setSelectedPreset(state.range(0) == 1 ? 2 : -1);
+    InputImageView& view = *session.window.inputView();
+    QImage inputTarget(view.size(), QImage::Format_ARGB32_Premultiplied);
+    QImage outputTarget(session.window.outputView()->size(), QImage::Format_ARGB32_Premultiplied);
+    const QRectF area = view.rect();
+    const auto send = [&view](QEvent::Type type, QPointF at) {
+        QMouseEvent event(type, at, view.mapToGlobal(at), Qt::LeftButton,
+                          type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton,
+                          Qt::NoModifier);
+        QApplication::sendEvent(&view, &event);
+    };
+    send(QEvent::MouseButtonPress, area.center() - QPointF(150, 100));
+    int frame = 0;
+    for (auto _ : state) {
+        const double f = double(++frame % 100) / 100;
+        send(QEvent::MouseMove, area.center() + QPointF(20 + 120 * f, 10 + 90 * f));
+        view.render(&inputTarget);
+        session.window.outputView()->render(&outputTarget);
+    }
+    send(QEvent::MouseButtonRelease, area.center());
+    state.counters["outputWidth"] = session.controller.pixelWidth();
+}
+BENCHMARK(BM_PointerDragFrame)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
