@@ -4,7 +4,6 @@
 
 #include "core/AppController.h"
 #include "core/AppControllerTemplates.h"
-#include "core/SettingRanges.h"
 #include "core/WindowSide.h"
 #include "output/FileSizeText.h"
 #include "platform/AtomicFile.h"
@@ -46,7 +45,7 @@ void AppController::_setFilesizeText(const QString& text) {
 OutputSettings AppController::_outputSettings() const {
     return outputSettingsFor(fileFormat(), compression(),
                              hasFilesizeLimit() ? filesizeLimit().toInt() : 0,
-                             integerSetting(_defaults, keys::DefPreserveExif), sourcePath());
+                             preserveMetadata(), sourcePath());
 }
 
 void AppController::_showWrittenFile(const WrittenFile& file, const OutputSettings& settings) {

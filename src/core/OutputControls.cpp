@@ -5,8 +5,8 @@
 #include <functional>
 
 #include "core/AppController.h"
-#include "platform/NumberText.h"
 #include "core/ValueLabel.h"
+#include "platform/NumberText.h"
 #include "selection/BFStepper.h"
 #include "selection/QualitySlider.h"
 #include "selection/ScaleSlider.h"
@@ -78,6 +78,15 @@ QHBoxLayout* row(std::initializer_list<QWidget*> widgets) {
     return layout;
 }
 }  // namespace
+
+// Toggled, not clicked: a screen reader's toggle action sends no click. Showing the stored
+// value toggles too, and is told apart by being that value already.
+void OutputControls::_followToggles(QCheckBox* box, bool (AppController::*stored)() const,
+                                    void (AppController::*store)(bool)) {
+    connect(box, &QCheckBox::toggled, &_connections, [this, stored, store](bool on) {
+        if (on != (_controller.*stored)()) (_controller.*store)(on);
+    });
+}
 
 OutputControls::OutputControls(AppController& controller, QWidget* parent)
     : QWidget(parent), _controller(controller) {
@@ -190,19 +199,13 @@ void OutputControls::_connectControls() {
         }
     });
     onCommit(_qualityField, context, [this](const QString& text) { _controller.setQuality(text); });
-    // Toggled, not clicked: a screen reader's toggle action sends no click. Showing the
-    // stored value toggles too, and is told apart by being that value already.
-    connect(_limitBox, &QCheckBox::toggled, context, [this](bool on) {
-        if (on != _controller.limitFilesize()) _controller.setLimitFilesize(on);
-    });
+    _followToggles(_limitBox, &AppController::limitFilesize, &AppController::setLimitFilesize);
     onCommit(_limitField, context,
              [this](const QString& text) { _controller.setFilesizeLimit(text); });
     connect(_previewModePopup, &QComboBox::activated, context, [this](int index) {
         _controller.setPreviewMode(_previewModePopup->itemData(index).toInt());
     });
-    connect(_sharpenBox, &QCheckBox::toggled, context, [this](bool on) {
-        if (on != _controller.sharpen()) _controller.setSharpen(on);
-    });
+    _followToggles(_sharpenBox, &AppController::sharpen, &AppController::setSharpen);
     // One undo step per gesture: the value is taken when the slider is let go (or moved by
     // the keyboard), not at every intermediate position.
     connect(_sharpnessSlider, &QSlider::sliderReleased, context, [this] { _sharpnessReleased(); });
@@ -212,9 +215,7 @@ void OutputControls::_connectControls() {
                 &_connections, [this] { _sharpnessReleased(); }, Qt::QueuedConnection);
         }
     });
-    connect(_livePreviewBox, &QCheckBox::toggled, context, [this](bool on) {
-        if (on != _controller.livePreview()) _controller.setLivePreview(on);
-    });
+    _followToggles(_livePreviewBox, &AppController::livePreview, &AppController::setLivePreview);
 
     connect(&_controller, &AppController::settingsChanged, context, [this] { _showSettings(); });
     connect(&_controller, &AppController::userResizableChanged, context,

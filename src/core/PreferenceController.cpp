@@ -177,17 +177,27 @@ QFormLayout* PreferenceController::_group(const QString& title) {
     return new QFormLayout(box);
 }
 
+// A control over one key: named and explained, storing its edits in the buffer, and set from
+// the buffer at each showing without that counting as an edit.
+template <typename Control, typename Changed, typename Store, typename Load>
+Control* PreferenceController::_bound(Control* control, const QString& name, const QString& tip,
+                                      Changed changed, Store store, Load load) {
+    control->setAccessibleName(name);
+    control->setToolTip(tip);
+    connect(control, changed, this, store);
+    _loaders.push_back([control, load] {
+        const QSignalBlocker quiet(control);
+        load(control);
+    });
+    return control;
+}
+
 QCheckBox* PreferenceController::_checkBox(QLatin1StringView key, const QString& text,
                                            const QString& tip) {
-    auto* box = new QCheckBox(text);
-    box->setAccessibleName(text);
-    box->setToolTip(tip);
-    connect(box, &QCheckBox::toggled, this, [this, key](bool on) { _buffer.setBool(key, on); });
-    _loaders.push_back([this, box, key] {
-        const QSignalBlocker quiet(box);
-        box->setChecked(_buffer.boolForKey(key));
-    });
-    return box;
+    return _bound(
+        new QCheckBox(text), text, tip, &QCheckBox::toggled,
+        [this, key](bool on) { _buffer.setBool(key, on); },
+        [this, key](QCheckBox* box) { box->setChecked(_buffer.boolForKey(key)); });
 }
 
 QSpinBox* PreferenceController::_spinBox(QLatin1StringView key, const QString& name,
@@ -195,15 +205,10 @@ QSpinBox* PreferenceController::_spinBox(QLatin1StringView key, const QString& n
     auto* spin = new QSpinBox;
     if (const SettingRange* range = settingRange(key)) spin->setRange(range->low, range->high);
     spin->setSuffix(suffix);
-    spin->setAccessibleName(name);
-    spin->setToolTip(tip);
-    connect(spin, &QSpinBox::valueChanged, this,
-            [this, key](int value) { _buffer.setInteger(key, value); });
-    _loaders.push_back([this, spin, key] {
-        const QSignalBlocker quiet(spin);
-        spin->setValue(_buffer.integerForKey(key));
-    });
-    return spin;
+    return _bound(
+        spin, name, tip, &QSpinBox::valueChanged,
+        [this, key](int value) { _buffer.setInteger(key, value); },
+        [this, key](QSpinBox* box) { box->setValue(_buffer.integerForKey(key)); });
 }
 
 // Item i stands for code i.
@@ -211,15 +216,10 @@ QComboBox* PreferenceController::_popUp(QLatin1StringView key, const QString& na
                                         const QStringList& items, const QString& tip) {
     auto* popUp = new QComboBox;
     popUp->addItems(items);
-    popUp->setAccessibleName(name);
-    popUp->setToolTip(tip);
-    connect(popUp, &QComboBox::currentIndexChanged, this,
-            [this, key](int index) { _buffer.setInteger(key, index); });
-    _loaders.push_back([this, popUp, key] {
-        const QSignalBlocker quiet(popUp);
-        popUp->setCurrentIndex(_buffer.integerForKey(key));
-    });
-    return popUp;
+    return _bound(
+        popUp, name, tip, &QComboBox::currentIndexChanged,
+        [this, key](int index) { _buffer.setInteger(key, index); },
+        [this, key](QComboBox* box) { box->setCurrentIndex(_buffer.integerForKey(key)); });
 }
 
 QToolButton* PreferenceController::_colorSwatch(QLatin1StringView key, const QString& name,

@@ -42,6 +42,9 @@ public:
 private:
     void _build();
     QFormLayout* _group(const QString& title);
+    template <typename Control, typename Changed, typename Store, typename Load>
+    Control* _bound(Control* control, const QString& name, const QString& tip, Changed changed,
+                    Store store, Load load);
     QCheckBox* _checkBox(QLatin1StringView key, const QString& text, const QString& tip);
     QSpinBox* _spinBox(QLatin1StringView key, const QString& name, const QString& suffix,
                        const QString& tip);
