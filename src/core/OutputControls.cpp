@@ -79,15 +79,6 @@ QHBoxLayout* row(std::initializer_list<QWidget*> widgets) {
 }
 }  // namespace
 
-// Toggled, not clicked: a screen reader's toggle action sends no click. Showing the stored
-// value toggles too, and is told apart by being that value already.
-void OutputControls::_followToggles(QCheckBox* box, bool (AppController::*stored)() const,
-                                    void (AppController::*store)(bool)) {
-    connect(box, &QCheckBox::toggled, &_connections, [this, stored, store](bool on) {
-        if (on != (_controller.*stored)()) (_controller.*store)(on);
-    });
-}
-
 OutputControls::OutputControls(AppController& controller, QWidget* parent)
     : QWidget(parent), _controller(controller) {
     _buildControls();
@@ -199,13 +190,19 @@ void OutputControls::_connectControls() {
         }
     });
     onCommit(_qualityField, context, [this](const QString& text) { _controller.setQuality(text); });
-    _followToggles(_limitBox, &AppController::limitFilesize, &AppController::setLimitFilesize);
+    // Toggled, not clicked: a screen reader's toggle action sends no click. Showing the
+    // stored value toggles too, and is told apart by being that value already.
+    connect(_limitBox, &QCheckBox::toggled, context, [this](bool on) {
+        if (on != _controller.limitFilesize()) _controller.setLimitFilesize(on);
+    });
     onCommit(_limitField, context,
              [this](const QString& text) { _controller.setFilesizeLimit(text); });
     connect(_previewModePopup, &QComboBox::activated, context, [this](int index) {
         _controller.setPreviewMode(_previewModePopup->itemData(index).toInt());
     });
-    _followToggles(_sharpenBox, &AppController::sharpen, &AppController::setSharpen);
+    connect(_sharpenBox, &QCheckBox::toggled, context, [this](bool on) {
+        if (on != _controller.sharpen()) _controller.setSharpen(on);
+    });
     // One undo step per gesture: the value is taken when the slider is let go (or moved by
     // the keyboard), not at every intermediate position.
     connect(_sharpnessSlider, &QSlider::sliderReleased, context, [this] { _sharpnessReleased(); });
@@ -215,7 +212,9 @@ void OutputControls::_connectControls() {
                 &_connections, [this] { _sharpnessReleased(); }, Qt::QueuedConnection);
         }
     });
-    _followToggles(_livePreviewBox, &AppController::livePreview, &AppController::setLivePreview);
+    connect(_livePreviewBox, &QCheckBox::toggled, context, [this](bool on) {
+        if (on != _controller.livePreview()) _controller.setLivePreview(on);
+    });
 
     connect(&_controller, &AppController::settingsChanged, context, [this] { _showSettings(); });
     connect(&_controller, &AppController::userResizableChanged, context,

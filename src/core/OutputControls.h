@@ -29,8 +29,6 @@ public:
     QWidget* progressIndicator() const { return _progressIndicator; }
 
 private:
-    void _followToggles(QCheckBox* box, bool (AppController::*stored)() const,
-                        void (AppController::*store)(bool));
     void _buildControls();
     void _layOut();
     void _connectControls();
