@@ -155,6 +155,7 @@ QStringList RatioController::constraintMenuItems() {
 
 void RatioController::setConstraintMenuItems() {
     setSelectedPreset(selectedPreset());
+    Q_EMIT menuItemsChanged();
 }
 
 }  // namespace marigold

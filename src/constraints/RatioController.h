@@ -61,7 +61,7 @@ public:
     // The pop-up's items as tagged strings: none, the ratio presets and the custom ratio, the
     // size presets and the custom size, the manager; separators between.
     QStringList constraintMenuItems();
-    // Re-publishes the choice (a choice past the lists becomes none).
+    // Re-publishes the choice (a choice past the lists becomes none) and the items.
     void setConstraintMenuItems();
 
     // The saved lists; a missing one is the factory list, written back at once.
@@ -71,6 +71,8 @@ public:
 Q_SIGNALS:
     // The choice or the custom values changed: everything that depends on them is re-read.
     void constraintChanged();
+    // The lists changed: the pop-up is built again from `constraintMenuItems`.
+    void menuItemsChanged();
 
 private:
     QList<ConstraintPreset> _stored(PresetKind kind) const;

@@ -53,6 +53,7 @@ ConstraintControls::ConstraintControls(RatioController& ratios, QWidget* parent)
     connect(_heightField, &QLineEdit::editingFinished, context,
             [this] { _commit(_heightField, false); });
     connect(&_ratios, &RatioController::constraintChanged, context, [this] { _showChoice(); });
+    connect(&_ratios, &RatioController::menuItemsChanged, context, [this] { rebuild(); });
     rebuild();
 }
 
@@ -61,8 +62,6 @@ void ConstraintControls::rebuild() {
     _popUp->clear();
     for (const QString& encoded : _ratios.constraintMenuItems()) {
         const TaggedMenuItem item(encoded);
-        // Listed once the manager dialog can be opened from here.
-        if (item.tag() == RatioController::kManage) break;
         if (item.isSeparator()) {
             _popUp->insertSeparator(_popUp->count());
         } else {

@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 #include <vips/vips8>
 
+#include "constraints/ConstraintManager.h"
 #include "core/AppController.h"
 #include "core/ConstraintControls.h"
 #include "core/OutputControls.h"
@@ -52,6 +53,9 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     _controller.setWindowSide(&_dialogs);
     _info = new InfoController(_controller.defaults(), this);
     _preferences = new PreferenceController(_controller, this);
+    _constraintManager = new ConstraintManager(_controller.ratioController(), this);
+    _controller.ratioController().setShowManagerHandler(
+        [this] { _constraintManager->showManager(); });
     _buildMenus();
 
     const Document& document = _controller.document();
@@ -83,6 +87,7 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
 
 MainWindow::~MainWindow() {
     _controller.setWindowSide(nullptr);
+    _controller.ratioController().setShowManagerHandler({});
 }
 
 void MainWindow::_buildPanes() {
@@ -218,6 +223,10 @@ void MainWindow::_buildMenus() {
     _actions.desaturate =
         image->addAction(tr("Desaturate"), &_controller, &AppController::desaturate);
     _actions.desaturate->setToolTip(tr("Desaturate (ie. make grayscale)"));
+    image->addSeparator();
+    QAction* manage = image->addAction(tr("Manage Constraints…"), _constraintManager,
+                                       &ConstraintManager::showManager);
+    manage->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Semicolon));
     menuBar()->addMenu(buildOutputMenu(_controller, this, &_connections));
 
     // Shortcuts stay live while the menus are closed, so the state is kept current, not

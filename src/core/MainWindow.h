@@ -19,6 +19,7 @@ class RotationControls;
 class ConstraintControls;
 class InfoController;
 class PreferenceController;
+class ConstraintManager;
 
 // The single main window: input pane and output pane side by side, each at least 300
 // points wide and kept equal when the window is resized, with the document name and the
@@ -68,6 +69,7 @@ private:
     ConstraintControls* _constraintControls;
     InfoController* _info;
     PreferenceController* _preferences;
+    ConstraintManager* _constraintManager;
     struct Actions {
         QAction* undo;
         QAction* redo;

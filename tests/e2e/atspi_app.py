@@ -16,6 +16,7 @@ TIMEOUT = 20.0
 RETURN_KEYSYM = 0xFF0D
 DOWN_KEYSYM = 0xFF54
 UP_KEYSYM = 0xFF52
+TAB_KEYSYM = 0xFF09
 ALT_KEYCODE = 64  # Alt_L in the X server's default keymap
 pyatspi = None  # imported once the private buses exist: libatspi binds to the bus it first sees
 
@@ -158,6 +159,21 @@ def _search(acc, test):
     return None
 
 
+def _middle(acc):
+    box = acc.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
+    return box.x + box.width / 2, box.y + box.height / 2
+
+
+def _pointer_drag(x0, y0, x1, y1, steps):
+    """xdotool moves the pointer: AT-SPI has no pointer drags."""
+    moves = [["mousemove", str(round(x0 + (x1 - x0) * i / steps)),
+              str(round(y0 + (y1 - y0) * i / steps))] for i in range(steps + 1)]
+    for n, move in enumerate(moves):
+        subprocess.run(["xdotool", *move, *(["mousedown", "1"] if n == 0 else [])], check=True)
+        time.sleep(0.03)
+    subprocess.run(["xdotool", "mouseup", "1"], check=True)
+
+
 class App:
     """The running application, seen through its accessibility tree."""
 
@@ -166,6 +182,7 @@ class App:
             check(proc.poll() is None, f"the application exited with status {proc.returncode}")
             return next((a for a in pyatspi.Registry.getDesktop(0)
                          if a is not None and a.get_process_id() == proc.pid), None)
+        self.proc = proc
         self.root = wait_for("the application in the AT-SPI registry", registered)
         # Live reads only: names, states and children change under the flow.
         self.root.set_cache_mask(pyatspi.Atspi.Cache.NONE)
@@ -242,6 +259,11 @@ class App:
         wait_for(f"Alt+{letter} to focus {control.name!r}",
                  lambda: control.getState().contains(pyatspi.STATE_FOCUSED))
 
+    def type_keys(self, text):
+        """Types into whatever has the keyboard focus."""
+        step(f"type {text!r}")
+        pyatspi.Registry.generateKeyboardEvent(0, text, pyatspi.KEY_STRING)
+
     def press(self, keysym):
         step(f"press key {keysym:#x}")
         pyatspi.Registry.generateKeyboardEvent(keysym, None, pyatspi.KEY_SYM)
@@ -263,19 +285,26 @@ class App:
 
     def drag(self, name, start, end, steps=8):
         """Drags across the view named `name` from `start` to `end`, given as fractions of its
-        size. xdotool moves the pointer: AT-SPI has no pointer drags."""
+        size."""
         view = wait_for(f"a view named {name!r}",
                         lambda: _search(self.window, lambda acc: acc is not None and acc.name == name))
         box = view.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
         (x0, y0), (x1, y1) = [(box.x + fx * box.width, box.y + fy * box.height)
                               for fx, fy in (start, end)]
         step(f"drag across {name!r} from {start} to {end}")
-        moves = [["mousemove", str(round(x0 + (x1 - x0) * i / steps)),
-                  str(round(y0 + (y1 - y0) * i / steps))] for i in range(steps + 1)]
-        for n, move in enumerate(moves):
-            subprocess.run(["xdotool", *move, *(["mousedown", "1"] if n == 0 else [])], check=True)
-            time.sleep(0.03)
-        subprocess.run(["xdotool", "mouseup", "1"], check=True)
+        _pointer_drag(x0, y0, x1, y1, steps)
+
+    def drag_onto(self, source, target, steps=12):
+        """Drags the middle of one accessible onto the middle of another."""
+        step(f"drag {source.name!r} onto {target.name!r}")
+        (x0, y0), (x1, y1) = [_middle(acc) for acc in (source, target)]
+        _pointer_drag(x0, y0, x1, y1, steps)
+
+    def quit(self):
+        """File ▸ Quit Marigold, and the process gone, its settings written."""
+        self.menu("File", "Quit Marigold")
+        wait_for("the application to exit", lambda: self.proc.poll() is not None)
+        check(self.proc.returncode == 0, f"the application exited with status {self.proc.returncode}")
 
     def save_as(self, path):
         """File ▸ Save…, the full path typed into Qt's own file dialog, then its Save button."""
