@@ -22,6 +22,12 @@ AppController::AppController(Defaults& defaults, QObject* parent)
     _defaults.registerDefaults(Defaults::factoryDefaults());
     connect(&_document, &Document::scaleFactorChanged, this, &AppController::scaleFactorChanged);
     _ratioController.setUserResizableHandler([this] { setUserResizable(false); });
+    _targetController.setSaveInFolderHandler(
+        [this](const QString& folder) { saveDocumentInFolder(folder); });
+    _targetController.setAlertHandler(
+        [this](const QString& title, const QString& text, const QString& button) {
+            _alert(title, text, button);
+        });
     connect(
         &_liveWriter, &BackgroundOutputWriter::finished, this,
         [this](const WrittenFile& file, quint64 generation) { _liveFileDone(file, generation); });
@@ -86,11 +92,13 @@ void AppController::applicationDidFinishLaunching() {
     TempFolder::removeStaleTmpdirs();
     _undoManager.removeAllActions();
     preferenceDidChange();
+    _targetController.setupWithDestinations(_defaults.dictionaryForKey(DefDestinations),
+                                            _defaults.integerForKey(DefDoubleClickDestination));
     if (_defaults.boolForKey(DefOpenLastAtLaunch)) _later(0, [this] { openLastDocument(); });
 }
 
-void AppController::_alert(const QString& title, const QString& text) {
-    if (_window) _window->alert(title, text);
+void AppController::_alert(const QString& title, const QString& text, const QString& button) {
+    if (_window) _window->alert(title, text, button);
 }
 
 // --- window title --------------------------------------------------------------------------------

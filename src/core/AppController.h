@@ -7,6 +7,7 @@
 
 #include "constraints/RatioController.h"
 #include "core/Document.h"
+#include "destinations/TargetController.h"
 #include "output/BackgroundOutputWriter.h"
 #include "output/OutputViewDelegate.h"
 #include "output/TempFolder.h"
@@ -48,6 +49,8 @@ public:
     ImageProcessor& imageProcessor() { return _imageProcessor; }
     // The constraint on the selection; the input view reads it at each press.
     RatioController& ratioController() { return _ratioController; }
+    // The destination wells; also the output view's double-click receiver.
+    TargetController& targetController() { return _targetController; }
 
     // Settings in the defaults.
     bool sharpen() const;
@@ -175,6 +178,8 @@ public:
     void saveDocumentAs();
     // The save dialog, starting in `directory` (empty: the dialog's own choice).
     void saveDocumentInFolder(const QString& directory);
+    // Writes the output file and hands it to the destination well `tag`.
+    void sendTo(int tag);
     // The typed name with the output format's extension: a recognised image extension is
     // replaced, anything else kept and the extension appended.
     static QString userEnteredFilename(const QString& name, int format);
@@ -246,13 +251,14 @@ private:
     QString _writeTmpFile(Image* rendered);
     void _scaleToPixels(int pixels, float cropPixels, int current);
     void _showPlannedSize(const CropPlan& plan);
-    void _alert(const QString& title, const QString& text);
+    void _alert(const QString& title, const QString& text, const QString& button = {});
 
     Defaults& _defaults;
     UndoManager _undoManager;
     ImageProcessor _imageProcessor;
     Document _document;
     RatioController _ratioController{_defaults, _undoManager};
+    TargetController _targetController{_defaults};
     TempFolder _tempFolder;
     TmpFileWriter _writer{_tempFolder};
     // What the background job in flight was started for.

@@ -15,7 +15,9 @@
 #include "core/OutputControls.h"
 #include "core/PreferenceController.h"
 #include "core/RotationControls.h"
+#include "core/SendToMenu.h"
 #include "core/SettingsMenus.h"
+#include "destinations/DestinationDrawer.h"
 #include "core/ValueLabel.h"
 #include "jpeg/InfoController.h"
 #include "output/OutputImageView.h"
@@ -56,6 +58,13 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     _constraintManager = new ConstraintManager(_controller.ratioController(), this);
     _controller.ratioController().setShowManagerHandler(
         [this] { _constraintManager->showManager(); });
+    _drawer = new DestinationDrawer(_controller.targetController(), _controller.tmpdir(), this);
+    addDockWidget(Qt::RightDockWidgetArea, _drawer);
+    _sendTo = new SendToMenu(_controller, this);
+    _outputView->setDoubleClickTarget([this] { return &_controller.targetController(); });
+    _outputView->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(_outputView, &QWidget::customContextMenuRequested, &_connections,
+            [this](const QPoint& at) { _sendTo->popup(_outputView->mapToGlobal(at)); });
     _buildMenus();
 
     const Document& document = _controller.document();
@@ -169,6 +178,7 @@ void MainWindow::_buildMenus() {
     _actions.save->setShortcut(QKeySequence::Save);
     _actions.print = file->addAction(tr("Print…"), &_controller, &AppController::print);
     _actions.print->setShortcut(QKeySequence::Print);
+    file->addMenu(_sendTo);
     file->addSeparator();
     QAction* getInfo = file->addAction(tr("Get Info"), _info, &InfoController::showWindow);
     getInfo->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));
@@ -228,6 +238,18 @@ void MainWindow::_buildMenus() {
                                        &ConstraintManager::showManager);
     manage->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Semicolon));
     menuBar()->addMenu(buildOutputMenu(_controller, this, &_connections));
+    QMenu* view = menuBar()->addMenu(tr("&View"));
+    QAction* drawer = view->addAction(QString(), _drawer, [this] {
+        _drawer->setVisible(!_drawer->isVisible());
+    });
+    drawer->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D));
+    const auto titleDrawerItem = [this, drawer] {
+        drawer->setText(_drawer->isVisible() ? tr("Hide Destination Drawer")
+                                             : tr("Show Destination Drawer"));
+    };
+    connect(_drawer, &QDockWidget::visibilityChanged, &_connections, titleDrawerItem);
+    connect(view, &QMenu::aboutToShow, &_connections, titleDrawerItem);
+    titleDrawerItem();
 
     // Shortcuts stay live while the menus are closed, so the state is kept current, not
     // only when a menu opens.
@@ -262,6 +284,7 @@ void MainWindow::_updateOutputItems() {
     for (QAction* action : {_actions.save, _actions.print, _actions.copy}) {
         action->setEnabled(output);
     }
+    _sendTo->setOutputAvailable(output);
 }
 
 void MainWindow::_showDocument() {

@@ -20,6 +20,8 @@ class ConstraintControls;
 class InfoController;
 class PreferenceController;
 class ConstraintManager;
+class DestinationDrawer;
+class SendToMenu;
 
 // The single main window: input pane and output pane side by side, each at least 300
 // points wide and kept equal when the window is resized, with the document name and the
@@ -70,6 +72,8 @@ private:
     InfoController* _info;
     PreferenceController* _preferences;
     ConstraintManager* _constraintManager;
+    DestinationDrawer* _drawer;
+    SendToMenu* _sendTo;
     struct Actions {
         QAction* undo;
         QAction* redo;

@@ -139,6 +139,15 @@ void AppController::copyOutputImage() {
     if (!path.isEmpty()) putOutputOnClipboard(output, path);
 }
 
+void AppController::sendTo(int tag) {
+    const QString path = writeTmpFile();
+    if (path.isEmpty()) {
+        alertIfLimitTooLow();
+        return;
+    }
+    _targetController.sendFile(tag, path);
+}
+
 void AppController::saveDocumentAs() {
     saveDocumentInFolder(QString());
 }

@@ -25,8 +25,9 @@ constexpr int kNoticeMilliseconds = 20000;
 
 }  // namespace
 
-void WindowDialogs::alert(const QString& title, const QString& text) {
+void WindowDialogs::alert(const QString& title, const QString& text, const QString& button) {
     QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, _window);
+    if (!button.isEmpty()) box.button(QMessageBox::Ok)->setText(button);
     box.exec();
 }
 

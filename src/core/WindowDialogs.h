@@ -22,7 +22,7 @@ public:
     // Shown while an output file is written.
     void setBusyIndicator(QWidget* indicator) { _busyIndicator = indicator; }
 
-    void alert(const QString& title, const QString& text) override;
+    void alert(const QString& title, const QString& text, const QString& button) override;
     void warnAboutSizeLimit(std::function<void()> dontShowAgain) override;
     void chooseSaveTarget(const QString& directory, const QString& name, int format,
                           std::function<void(const QString& path)> chosen) override;

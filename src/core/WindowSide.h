@@ -14,8 +14,8 @@ class WindowSide {
 public:
     virtual ~WindowSide() = default;
 
-    // A modal alert with one button.
-    virtual void alert(const QString& title, const QString& text) = 0;
+    // A modal alert with one button, titled `button` (empty: the desktop's own OK).
+    virtual void alert(const QString& title, const QString& text, const QString& button) = 0;
     // The warning shown as the file-size limit is turned on. It does not block: the limit is
     // on whatever the answer; `dontShowAgain` runs if the person asks not to see it again.
     virtual void warnAboutSizeLimit(std::function<void()> dontShowAgain) = 0;

@@ -18,6 +18,7 @@ DOWN_KEYSYM = 0xFF54
 UP_KEYSYM = 0xFF52
 TAB_KEYSYM = 0xFF09
 ALT_KEYCODE = 64  # Alt_L in the X server's default keymap
+CONTROL_KEYCODE = 37  # Control_L
 pyatspi = None  # imported once the private buses exist: libatspi binds to the bus it first sees
 
 
@@ -198,6 +199,11 @@ class App:
         what = f"a {pyatspi.Atspi.role_get_name(role)} named {name!r}{'…' if prefix else ''}"
         return wait_for(what, lambda: _search(within or self.window, _matches(name, role, prefix)))
 
+    def named(self, name, within=None):
+        """The accessible named `name`, whatever its role: a custom view."""
+        return wait_for(f"something named {name!r}", lambda: _search(
+            within or self.window, lambda acc: acc is not None and acc.name == name))
+
     def act(self, acc, action="Press"):
         name = acc.name
         wait_for(f"{name!r} to be enabled", lambda: acc.getState().contains(pyatspi.STATE_ENABLED))
@@ -264,6 +270,32 @@ class App:
         step(f"type {text!r}")
         pyatspi.Registry.generateKeyboardEvent(0, text, pyatspi.KEY_STRING)
 
+    def chord(self, keycodes, keysym, text):
+        """Holds the modifier keys down while `keysym` is pressed: a shortcut, as typed."""
+        step(f"press {text}")
+        for keycode in keycodes:
+            pyatspi.Registry.generateKeyboardEvent(keycode, None, pyatspi.KEY_PRESS)
+        pyatspi.Registry.generateKeyboardEvent(keysym, None, pyatspi.KEY_SYM)
+        for keycode in reversed(keycodes):
+            pyatspi.Registry.generateKeyboardEvent(keycode, None, pyatspi.KEY_RELEASE)
+
+    def drop_files(self, session, paths, target):
+        """Drags `paths` from another application's window, as from a file manager, onto the
+        accessible `target`."""
+        title = "Marigold test files"
+        source = os.path.join(os.path.dirname(os.path.abspath(__file__)), "drag_source.py")
+        session.spawn(["/usr/bin/python3", source, title, *paths], log=session.app_log)
+        found = subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name", title],
+                               capture_output=True, text=True, timeout=TIMEOUT)
+        window = found.stdout.split()[0]
+        shape = subprocess.run(["xdotool", "getwindowgeometry", "--shell", window],
+                               capture_output=True, text=True).stdout
+        box = dict(line.split("=") for line in shape.split())
+        x0 = int(box["X"]) + int(box["WIDTH"]) / 2
+        y0 = int(box["Y"]) + int(box["HEIGHT"]) / 2
+        step(f"drag {paths} from another application onto {target.name!r}")
+        _pointer_drag(x0, y0, *_middle(target), 16)
+
     def press(self, keysym):
         step(f"press key {keysym:#x}")
         pyatspi.Registry.generateKeyboardEvent(keysym, None, pyatspi.KEY_SYM)
@@ -286,9 +318,7 @@ class App:
     def drag(self, name, start, end, steps=8):
         """Drags across the view named `name` from `start` to `end`, given as fractions of its
         size."""
-        view = wait_for(f"a view named {name!r}",
-                        lambda: _search(self.window, lambda acc: acc is not None and acc.name == name))
-        box = view.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
+        box = self.named(name).queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
         (x0, y0), (x1, y1) = [(box.x + fx * box.width, box.y + fy * box.height)
                               for fx, fy in (start, end)]
         step(f"drag across {name!r} from {start} to {end}")

@@ -21,8 +21,8 @@ inline void finishPass() {
 // The window side without a window: records what would have been shown, and gives the
 // answers a test sets.
 struct RecordingWindow : WindowSide {
-    void alert(const QString& title, const QString& text) override {
-        alerts << title + QLatin1Char('|') + text;
+    void alert(const QString& title, const QString& text, const QString& button) override {
+        alerts << title + QLatin1Char('|') + text + (button.isEmpty() ? QString() : QLatin1Char('|') + button);
     }
     void warnAboutSizeLimit(std::function<void()> dontShowAgain) override {
         ++warningsShown;
