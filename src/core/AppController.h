@@ -7,6 +7,7 @@
 
 #include "constraints/RatioController.h"
 #include "core/Document.h"
+#include "destinations/MediaBrowser.h"
 #include "destinations/TargetController.h"
 #include "output/BackgroundOutputWriter.h"
 #include "output/OutputViewDelegate.h"
@@ -180,6 +181,8 @@ public:
     void saveDocumentInFolder(const QString& directory);
     // Writes the output file and hands it to the destination well `tag`.
     void sendTo(int tag);
+    // Shows the photo browser, whose chosen photos open here.
+    void openPhotoBrowser();
     // The typed name with the output format's extension: a recognised image extension is
     // replaced, anything else kept and the extension appended.
     static QString userEnteredFilename(const QString& name, int format);
@@ -259,6 +262,7 @@ private:
     Document _document;
     RatioController _ratioController{_defaults, _undoManager};
     TargetController _targetController{_defaults};
+    std::unique_ptr<MediaBrowser> _mediaBrowser;
     TempFolder _tempFolder;
     TmpFileWriter _writer{_tempFolder};
     // What the background job in flight was started for.

@@ -100,4 +100,26 @@ void AppController::openLastDocument() {
     if (!recent.isEmpty()) openFile(recent.first());
 }
 
+void AppController::openPhotoBrowser() {
+    if (!_mediaBrowser) {
+        _mediaBrowser = MediaBrowser::create(tmpdir(), tr("Drag photo to Marigold"),
+                                             ChildProcess::besideExecutable(
+                                                 QStringLiteral("marigold-photos")));
+        if (!_mediaBrowser) {
+            if (_window) {
+                _window->showPassingMessage(
+                    tr("Unable to open Photo Browser"),
+                    tr("For the Photo Browser to work, Marigold needs permission to write into "
+                       "the temporary directory. Try running Marigold from a different user "
+                       "account."),
+                    5);
+            }
+            return;
+        }
+        connect(_mediaBrowser.get(), &MediaBrowser::photoChosen, this,
+                [this](const QString& path) { openFile(path); });
+    }
+    _mediaBrowser->open();
+}
+
 }  // namespace marigold

@@ -179,6 +179,7 @@ void MainWindow::_buildMenus() {
     _actions.print = file->addAction(tr("Print…"), &_controller, &AppController::print);
     _actions.print->setShortcut(QKeySequence::Print);
     file->addMenu(_sendTo);
+    file->addAction(tr("Photo Browser"), &_controller, &AppController::openPhotoBrowser);
     file->addSeparator();
     QAction* getInfo = file->addAction(tr("Get Info"), _info, &InfoController::showWindow);
     getInfo->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));

@@ -8,6 +8,7 @@
 #include <QPrinter>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QTimer>
 
 #include "core/AppController.h"
 #include "output/PrintOutput.h"
@@ -50,6 +51,15 @@ void WindowDialogs::warnAboutSizeLimit(std::function<void()> dontShowAgain) {
     QObject::connect(box, &QMessageBox::finished, box, [box, ok, dontShowAgain] {
         if (box->clickedButton() != ok) dontShowAgain();
     });
+    returnKeyboardOnClose(box, _window);
+    box->open();
+}
+
+void WindowDialogs::showPassingMessage(const QString& title, const QString& text, int seconds) {
+    auto* box = new QMessageBox(QMessageBox::Information, title, text, QMessageBox::Ok, _window);
+    box->setWindowModality(Qt::WindowModal);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    QTimer::singleShot(seconds * 1000, box, &QMessageBox::accept);
     returnKeyboardOnClose(box, _window);
     box->open();
 }

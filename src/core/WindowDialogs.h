@@ -23,6 +23,7 @@ public:
     void setBusyIndicator(QWidget* indicator) { _busyIndicator = indicator; }
 
     void alert(const QString& title, const QString& text, const QString& button) override;
+    void showPassingMessage(const QString& title, const QString& text, int seconds) override;
     void warnAboutSizeLimit(std::function<void()> dontShowAgain) override;
     void chooseSaveTarget(const QString& directory, const QString& name, int format,
                           std::function<void(const QString& path)> chosen) override;

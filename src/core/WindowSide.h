@@ -27,6 +27,8 @@ public:
     // The print dialog for `image`, printed when the person confirms.
     virtual void print(const Image& image) = 0;
     virtual void beep() = 0;
+    // A message over the window that closes itself after `seconds`.
+    virtual void showPassingMessage(const QString& title, const QString& text, int seconds) = 0;
     // A one-line message that needs no answer (an unreadable file, a damaged one).
     virtual void showNotice(const QString& text) = 0;
     // Shown while an output file is being written, which happens inside the asking event.

@@ -57,9 +57,6 @@ DestinationDrawer::DestinationDrawer(TargetController& controller, QString tmpdi
             &TargetController::selectDoubleClickDestination);
     connect(&controller, &TargetController::doubleClickDestinationChanged, this,
             &DestinationDrawer::_showDoubleClickDestination);
-    connect(&controller, &TargetController::wellChanged, this, [this](int tag) {
-        if (TargetView* view = well(tag)) view->refresh();
-    });
     _showDoubleClickDestination(controller.doubleClickDestination());
 }
 

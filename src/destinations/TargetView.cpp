@@ -55,7 +55,10 @@ TargetView::TargetView(TargetController& controller, int tag, QWidget* parent)
     setFixedSize(kPictureWidth + 12, kPictureHeight + 12);
     setFocusPolicy(Qt::TabFocus);
     setAccessibleName(tr("Destination %1").arg(tag + 1));
-    refresh();
+    connect(&controller, &TargetController::wellChanged, this, [this](int changed) {
+        if (changed == _tag) _refresh();
+    });
+    _refresh();
 }
 
 QString TargetView::dragType() {
@@ -83,7 +86,7 @@ QPixmap TargetView::picture() const {
     return picture;
 }
 
-void TargetView::refresh() {
+void TargetView::_refresh() {
     _picture = picture();
     const TargetWell* well = _controller.well(_tag);
     const bool empty = !well || well->isEmpty();

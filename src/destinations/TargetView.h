@@ -24,8 +24,6 @@ public:
     int tag() const { return _tag; }
     // The destination's icon, 32 x 32 at the top, its name centred beneath; null when empty.
     QPixmap picture() const;
-    // Re-reads the well after a change.
-    void refresh();
 
     // The drag type of a well's configuration.
     static QString dragType();
@@ -42,6 +40,8 @@ private:
     DropOffer _offer(const QDropEvent* event) const;
     bool _judge(QDropEvent* event);
     void _dragOut();
+    // Re-reads the well after a change.
+    void _refresh();
 
     TargetController& _controller;
     int _tag;

@@ -199,6 +199,11 @@ class App:
         what = f"a {pyatspi.Atspi.role_get_name(role)} named {name!r}{'…' if prefix else ''}"
         return wait_for(what, lambda: _search(within or self.window, _matches(name, role, prefix)))
 
+    def other_application(self, name):
+        """The window of another program this one started, such as a helper."""
+        return wait_for(f"{name} in the AT-SPI registry", lambda: next(
+            (a for a in pyatspi.Registry.getDesktop(0) if a is not None and a.name == name), None))
+
     def named(self, name, within=None):
         """The accessible named `name`, whatever its role: a custom view."""
         return wait_for(f"something named {name!r}", lambda: _search(

@@ -35,6 +35,9 @@ struct RecordingWindow : WindowSide {
     void print(const Image& image) override { printed = image; }
     void beep() override { ++beeps; }
     void showNotice(const QString& text) override { notices << text; }
+    void showPassingMessage(const QString& title, const QString& text, int) override {
+        alerts << title + QLatin1Char('|') + text;
+    }
     void setBusy(bool busy) override { busyChanges << busy; }
 
     QStringList alerts;  // "title|text" of every alert shown
