@@ -12,6 +12,7 @@
 #include "core/MainWindow.h"
 #include "platform/DefaultsKeys.h"
 #include "platform/VipsRuntime.h"
+#include "support/OpenWindow.h"
 #include "support/AccessibleLookup.h"
 
 using namespace marigold;
@@ -25,6 +26,7 @@ private:
     Defaults* defaults = nullptr;
     AppController* controller = nullptr;
     MainWindow* window = nullptr;
+    std::unique_ptr<test::OpenWindow> app;
 
     QComboBox* popUp() const { return byAccessibleName<QComboBox>(window, "Constraint"); }
     ConstraintManager* manager() const { return window->findChild<ConstraintManager*>(); }
@@ -50,20 +52,14 @@ private Q_SLOTS:
     void initTestCase() { QVERIFY(startVips("tst_ConstraintManager")); }
 
     void init() {
-        defaults = new Defaults(dir.filePath(QStringLiteral("settings.ini")));
-        controller = new AppController(*defaults);
-        window = new MainWindow(*controller);
-        window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(window));
-        controller->applicationDidFinishLaunching();
+        app = std::make_unique<test::OpenWindow>(dir.filePath(QStringLiteral("settings.ini")));
+        QVERIFY(app->exposed);
+        defaults = &app->defaults;
+        controller = &app->controller;
+        window = app->window.get();
     }
 
-    void cleanup() {
-        delete window;
-        delete controller;
-        delete defaults;
-        QFile::remove(dir.filePath(QStringLiteral("settings.ini")));
-    }
+    void cleanup() { app.reset(); }
 
     void opensFromThePopUpAndItsShortcutAsAWindowModalDialog() {
         QCOMPARE(popUp()->itemText(popUp()->count() - 1), QStringLiteral("Manage Constraints"));

@@ -13,6 +13,7 @@
 #include "output/OutputImageView.h"
 #include "platform/DefaultsKeys.h"
 #include "platform/VipsRuntime.h"
+#include "support/OpenWindow.h"
 #include "support/TestImages.h"
 
 using namespace marigold;
@@ -25,6 +26,7 @@ private:
     Defaults* defaults = nullptr;
     AppController* controller = nullptr;
     MainWindow* window = nullptr;
+    std::unique_ptr<test::OpenWindow> app;
 
     QAction* editAction(const QString& prefix) {
         for (QAction* menu : window->menuBar()->actions()) {
@@ -46,21 +48,14 @@ private Q_SLOTS:
     void initTestCase() { QVERIFY(startVips("tst_MainWindow")); }
 
     void init() {
-        defaults = new Defaults(dir.filePath(QStringLiteral("settings.ini")));
-        controller = new AppController(*defaults);
-        window = new MainWindow(*controller);
-        window->resize(1000, 700);
-        window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(window));
-        controller->applicationDidFinishLaunching();
+        app = std::make_unique<test::OpenWindow>(dir.filePath(QStringLiteral("settings.ini")));
+        QVERIFY(app->exposed);
+        defaults = &app->defaults;
+        controller = &app->controller;
+        window = app->window.get();
     }
 
-    void cleanup() {
-        delete window;
-        delete controller;
-        delete defaults;
-        QFile::remove(dir.filePath(QStringLiteral("settings.ini")));
-    }
+    void cleanup() { app.reset(); }
 
     void panesAreEqualAndNeverNarrowerThan300() {
         const QList<int> sizes = window->splitter()->sizes();
@@ -169,7 +164,7 @@ private Q_SLOTS:
         width->setFocus();
         QTest::keyClick(width, Qt::Key_End);
         QTest::keyClicks(width, QStringLiteral("7"));
-        delete window;
+        app->window.reset();
         window = nullptr;
         QCOMPARE(controller->pixelWidth(), 1007);
     }
