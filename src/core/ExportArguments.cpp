@@ -17,7 +17,7 @@ const QStringList kValuedOptions = {
     QStringLiteral("width"),   QStringLiteral("height"),       QStringLiteral("sharpen"),
     QStringLiteral("border"),  QStringLiteral("border-color"), QStringLiteral("format"),
     QStringLiteral("quality"), QStringLiteral("limit"),        QStringLiteral("preserve-exif"),
-    QStringLiteral("rotate"),
+    QStringLiteral("rotate"),  QStringLiteral("ratio"),        QStringLiteral("size"),
 };
 
 ParsedExport refused(const QString& reason) {
@@ -146,8 +146,28 @@ ParsedExport parseExportArguments(const QStringList& arguments) {
             return unusable("rotate", "a number of degrees from -180 to 180");
         options.rotation = degrees;
     }
+    if (int(has("crop")) + int(has("ratio")) + int(has("size")) > 1)
+        return refused(QStringLiteral("use only one of --crop, --ratio and --size"));
+    if (has("size") && (has("scale") || has("width") || has("height")))
+        return refused(QStringLiteral("--size is the output size: use it without --scale, "
+                                      "--width and --height"));
     if (has("crop") && !(options.crop = cropFrom(text("crop"))))
         return unusable("crop", "X,Y,W,H in whole pixels, W and H above 0");
+    if (has("ratio")) {
+        const QStringList terms = text("ratio").split(QLatin1Char(':'));
+        const auto wide = terms.size() == 2 ? positiveNumber(terms[0]) : std::nullopt;
+        const auto high = terms.size() == 2 ? positiveNumber(terms[1]) : std::nullopt;
+        if (!wide || !high) return unusable("ratio", "W:H with both terms above 0");
+        options.ratio = std::pair{*wide, *high};
+    }
+    if (has("size")) {
+        const QStringList sides = text("size").split(QLatin1Char('x'), Qt::KeepEmptyParts,
+                                                     Qt::CaseInsensitive);
+        const auto wide = sides.size() == 2 ? wholeNumber(sides[0], 10, 100000) : std::nullopt;
+        const auto high = sides.size() == 2 ? wholeNumber(sides[1], 10, 100000) : std::nullopt;
+        if (!wide || !high) return unusable("size", "WxH in whole pixels, each from 10 to 100000");
+        options.exactSize = QSize(*wide, *high);
+    }
 
     if (int(has("scale")) + int(has("width")) + int(has("height")) > 1)
         return refused(QStringLiteral("use only one of --scale, --width and --height"));
@@ -232,6 +252,11 @@ QString exportHelpText() {
         "                          flip and turn, counted from its top-left corner\n"
         "                          (default: all of it); a region reaching past its edges\n"
         "                          is clipped to it, one wholly outside it is refused\n"
+        "  --ratio W:H             instead of --crop: the largest region of that ratio\n"
+        "                          centred in the picture (6:4 is landscape)\n"
+        "  --size WxH              instead of --crop and the size options: the largest\n"
+        "                          centred region of that ratio, scaled to exactly W x H\n"
+        "                          pixels (each from 10 to 100000)\n"
         "  --scale F               the output size as a factor of the region (default 1)\n"
         "  --width W               scale the region to W pixels wide\n"
         "  --height H              scale the region to H pixels high\n"

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QColor>
+#include <QSize>
 #include <QString>
 #include <QStringList>
 #include <optional>
+#include <utility>
 
 #include "output/OutputFile.h"
 #include "platform/Geometry.h"
@@ -22,6 +24,11 @@ struct ExportOptions {
     bool desaturate = false;
     double rotation = 0;            // degrees, counter-clockwise, -180 to 180
     std::optional<PixelRect> crop;  // in the turned picture; the whole of it when absent
+    // Instead of a crop: the largest centred region of this ratio (width, height).
+    std::optional<std::pair<double, double>> ratio;
+    // Instead of a crop and a size: the largest centred region of this size's ratio, made
+    // exactly this size.
+    std::optional<QSize> exactSize;
     Sizing sizing = Sizing::Scale;
     double size = 1;  // the scale factor, or the output width or height in pixels
     float sharpness = 0;

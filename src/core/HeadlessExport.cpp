@@ -98,18 +98,38 @@ ExportResult runExport(const ExportOptions& options) {
     if (source.isNull()) return failed(QStringLiteral("%1: %2").arg(options.input, reason));
     const int wide = source.pixelsWide();
     const int high = source.pixelsHigh();
-    const PixelRect crop = options.crop.value_or(PixelRect{0, 0, wide, high});
-    const std::optional<RectF> rect = pipelineRect(crop, wide, high);
-    if (!rect) {
-        return failed(QStringLiteral("the crop %1,%2,%3,%4 lies outside the %5 x %6 image")
-                          .arg(crop.x)
-                          .arg(crop.y)
-                          .arg(crop.width)
-                          .arg(crop.height)
-                          .arg(wide)
-                          .arg(high));
+    std::optional<RectF> rect;
+    float scale = 0;
+    if (const std::optional<QSize> exact = options.exactSize) {
+        const std::optional<SizedCrop> sized =
+            exactSizeCrop(wide, high, exact->width(), exact->height());
+        if (!sized) {
+            return failed(QStringLiteral("a %1 x %2 picture is too small for exactly %3 x %4")
+                              .arg(wide)
+                              .arg(high)
+                              .arg(exact->width())
+                              .arg(exact->height()));
+        }
+        rect = sized->rect;
+        scale = sized->scale;
+    } else {
+        // Centred, so the same in rows counted from the top or from the bottom.
+        rect = options.ratio ? largestCentredCrop(wide, high, options.ratio->first,
+                                                  options.ratio->second)
+                             : pipelineRect(options.crop.value_or(PixelRect{0, 0, wide, high}),
+                                            wide, high);
+        if (!rect) {
+            const PixelRect crop = *options.crop;
+            return failed(QStringLiteral("the crop %1,%2,%3,%4 lies outside the %5 x %6 image")
+                              .arg(crop.x)
+                              .arg(crop.y)
+                              .arg(crop.width)
+                              .arg(crop.height)
+                              .arg(wide)
+                              .arg(high));
+        }
+        scale = scaleFor(options, *rect);
     }
-    const float scale = scaleFor(options, *rect);
     const CropPlan plan = planCrop(*rect, scale);
     if (plan.isEmpty() || plan.isTooLarge()) {
         return failed(QStringLiteral("the output would be too large (%1 x %2 pixels)")

@@ -58,6 +58,36 @@ CropPlan planCrop(RectF rect, float scale) {
     return plan;
 }
 
+RectF largestCentredCrop(float wide, float high, double ratioWide, double ratioHigh) {
+    double width = wide;
+    double height = wide * ratioHigh / ratioWide;
+    if (height > high) {
+        height = high;
+        width = high * ratioWide / ratioHigh;
+    }
+    return {float((wide - width) / 2), float((high - height) / 2), float(width), float(height)};
+}
+
+std::optional<SizedCrop> exactSizeCrop(int wide, int high, int outWide, int outHigh) {
+    const RectF largest = largestCentredCrop(float(wide), float(high), outWide, outHigh);
+    const auto centred = [wide, high](double width, double height) {
+        return RectF{float(std::floor((wide - width) / 2)), float(std::floor((high - height) / 2)),
+                     float(width), float(height)};
+    };
+    // Rounding the height to whole pixels can put the planned height a pixel off; a region a
+    // little narrower rounds the other way. Enlargements need the most tries.
+    constexpr int kTries = 64;
+    const int widest = std::max(1, int(std::floor(largest.width)));
+    for (int width = widest; width >= std::max(1, widest - kTries); --width) {
+        const double height =
+            std::clamp(std::round(double(width) * outHigh / outWide), 1.0, double(high));
+        const SizedCrop tried{centred(width, height), float(double(outWide) / width)};
+        const CropPlan plan = planCrop(tried.rect, tried.scale);
+        if (plan.outputWide == outWide && plan.outputHigh == outHigh) return tried;
+    }
+    return std::nullopt;
+}
+
 SizeF sizeToFit(SizeF size, SizeF box) {
     if (box.width >= size.width && box.height >= size.height) return size;
     const float aspect = aspectRatio(size.width, size.height);

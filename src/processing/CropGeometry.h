@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "platform/Geometry.h"
 
 namespace marigold {
@@ -24,6 +26,21 @@ struct CropPlan {
     bool isTooLarge() const { return (long long)outputWide * outputHigh > kMaxOutputPixels; }
 };
 CropPlan planCrop(RectF rect, float scale);
+
+// The largest region of the ratio `ratioWide` : `ratioHigh` centred in a picture `wide` x
+// `high`, unrounded.
+RectF largestCentredCrop(float wide, float high, double ratioWide, double ratioHigh);
+
+// A whole-pixel region centred in a picture `wide` x `high`, and the scale, that make an
+// output of exactly `outWide` x `outHigh` (each at least 10): the largest such region, or
+// within a few pixels of it, since one scale serves both sides of a region of whole pixels.
+// None when the picture is too small for it: a ratio whose short side would be a pixel or
+// two cannot be enlarged to an exact size.
+struct SizedCrop {
+    RectF rect;
+    float scale = 0;
+};
+std::optional<SizedCrop> exactSizeCrop(int wide, int high, int outWide, int outHigh);
 
 // The thumbnail size of `scaleImage`: `size` when it fits `box`, otherwise fitted, unrounded.
 SizeF sizeToFit(SizeF size, SizeF box);

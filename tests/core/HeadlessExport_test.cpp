@@ -74,6 +74,14 @@ TEST(HeadlessExportArguments, GoodListsGiveTheirOptions) {
                   o.verbose = true;
               })},
         {"--export o.jpg -- -in.png", options("-in.png", "o.jpg")},
+        {"--export o.jpg --ratio 1.5:1 --width 300 in", with(options("in", "o.jpg"),
+                                                             [](auto& o) {
+                                                                 o.ratio = std::pair{1.5, 1.0};
+                                                                 o.sizing = Sizing::Width;
+                                                                 o.size = 300;
+                                                             })},
+        {"--export o.jpg --size 640X480 in",
+         with(options("in", "o.jpg"), [](auto& o) { o.exactSize = QSize(640, 480); })},
     };
     for (const GoodCase& c : cases) {
         SCOPED_TRACE(c.arguments);
@@ -84,6 +92,8 @@ TEST(HeadlessExportArguments, GoodListsGiveTheirOptions) {
         EXPECT_EQ(got.input, want.input);
         EXPECT_EQ(got.output, want.output);
         EXPECT_EQ(got.crop, want.crop);
+        EXPECT_EQ(got.ratio, want.ratio);
+        EXPECT_EQ(got.exactSize, want.exactSize);
         EXPECT_EQ(got.sizing, want.sizing);
         EXPECT_DOUBLE_EQ(got.size, want.size);
         EXPECT_FLOAT_EQ(got.sharpness, want.sharpness);
@@ -137,6 +147,12 @@ TEST(HeadlessExportArguments, NonsenseIsRefusedWithOneLine) {
         {"--export o.jpg --sharpen 3 in", "--sharpen must be a number from 0 to 2"},
         {"--export o.jpg -x in", "unknown option -x"},
         {"--export o.jpg --quality 90 --quality=95 in", "--quality is given more than once"},
+        {"--export o.jpg --ratio 4:0 in", "--ratio must be W:H with both terms above 0"},
+        {"--export o.jpg --ratio 4x3 in", "--ratio"},
+        {"--export o.jpg --size 640x9 in", "--size must be WxH in whole pixels"},
+        {"--export o.jpg --size 640:480 in", "--size"},
+        {"--export o.jpg --crop 0,0,9,9 --ratio 1:1 in", "only one of --crop, --ratio and --size"},
+        {"--export o.jpg --size 64x48 --width 10 in", "--size is the output size"},
     };
     for (const BadCase& c : cases) {
         SCOPED_TRACE(c.arguments);
@@ -262,6 +278,10 @@ TEST_F(HeadlessExportFiles, SizeOptionsScaleTheCropNotTheImage) {
         {"--crop 10,10,100,50 --scale 0.5", 50, 25},
         {"--crop 230,0,100,20 --width 20", 20, 40},  // clipped to 10 wide before scaling
         {"--crop 0,0,100,50 --scale 0.01", 20, 10},  // no side under 10 pixels
+        {"--ratio 1:1", 180, 180},
+        {"--ratio 4:1 --scale 0.5", 120, 30},
+        {"--size 641x479", 641, 479},  // an enlargement of an odd ratio, exact all the same
+        {"--size 10x100", 10, 100},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.options);
@@ -273,6 +293,9 @@ TEST_F(HeadlessExportFiles, SizeOptionsScaleTheCropNotTheImage) {
         EXPECT_EQ(got.width(), c.wide);
         EXPECT_EQ(got.height(), c.high);
     }
+    // A ratio's region is centred: these are the middle 180 columns, unscaled.
+    ASSERT_TRUE(run(QStringLiteral("--export %1 --ratio 1:1 %2").arg(out, in)).error.isEmpty());
+    EXPECT_EQ(test::difference(read(out), read(in).extract_area(30, 0, 180, 180)).max(), 0);
 }
 
 TEST_F(HeadlessExportFiles, FlipsGreyAndTurnsMatchImageMagickAndComeBeforeTheCrop) {

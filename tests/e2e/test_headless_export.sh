@@ -34,6 +34,13 @@ export_run --export h.jpeg --crop 100,50,400,300 --height 150 photo.jpg || fail 
 expect "--height size" "$(size_of h.jpeg)" 200x150
 expect "jpeg format" "$(identify -format %m h.jpeg)" JPEG
 
+# The framing of the window's ratio and size presets: the largest centred region.
+export_run --export square.png --ratio 1:1 photo.png || fail "--ratio"
+vips crop photo.png middle.png 150 0 900 900
+expect "--ratio region" "$(compare -metric AE square.png middle.png null: 2>&1)" 0
+export_run --export post.jpg --size 1080x1080 photo.jpg || fail "--size"
+expect "--size size" "$(size_of post.jpg)" 1080x1080
+
 export_run --export named.img --format tif photo.jpg || fail "--format"
 expect "--format wins" "$(identify -format %m named.img)" TIFF
 export_run --export plain photo.jpg || fail "no extension"

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <QSize>
+#include <algorithm>
 #include <cmath>
+#include <string>
 #include <limits>
 #include <ostream>
 
@@ -72,6 +75,43 @@ TEST(CropGeometryTest, SizeToFit) {
         const SizeF fitted = sizeToFit(c.size, c.box);
         EXPECT_FLOAT_EQ(fitted.width, c.expected.width);
         EXPECT_FLOAT_EQ(fitted.height, c.expected.height);
+    }
+}
+
+TEST(CropGeometryTest, ExactSizeCropsPlanExactlyThatSizeCentredAndNearlyAsLargeAsPossible) {
+    const QSize pictures[] = {{6000, 4000}, {4000, 6000}, {1600, 1200}, {100, 100}, {37, 901}};
+    const QSize targets[] = {{640, 480}, {641, 479}, {1080, 1080}, {10, 999}, {3000, 17}};
+    // A region a pixel or two across cannot be enlarged to an exact size.
+    const std::pair<QSize, QSize> tooSmall[] = {{{100, 100}, {10, 999}},
+                                                {{100, 100}, {3000, 17}},
+                                                {{37, 901}, {641, 479}},
+                                                {{37, 901}, {3000, 17}}};
+    for (const QSize picture : pictures) {
+        for (const QSize target : targets) {
+            const std::optional<SizedCrop> crop =
+                exactSizeCrop(picture.width(), picture.height(), target.width(), target.height());
+            const bool feasible = std::find(std::begin(tooSmall), std::end(tooSmall),
+                                            std::pair{picture, target}) == std::end(tooSmall);
+            ASSERT_EQ(crop.has_value(), feasible) << picture.width() << " to " << target.width()
+                                                  << "x" << target.height();
+            if (!crop) continue;
+            const CropPlan plan = planCrop(crop->rect, crop->scale);
+            const RectF& r = crop->rect;
+            const RectF largest = largestCentredCrop(picture.width(), picture.height(),
+                                                     target.width(), target.height());
+            const std::string what = std::to_string(picture.width()) + "x" +
+                                     std::to_string(picture.height()) + " to " +
+                                     std::to_string(target.width()) + "x" +
+                                     std::to_string(target.height());
+            EXPECT_EQ(plan.outputWide, target.width()) << what;
+            EXPECT_EQ(plan.outputHigh, target.height()) << what;
+            EXPECT_TRUE(r.x >= 0 && r.y >= 0 && r.x + r.width <= picture.width() &&
+                        r.y + r.height <= picture.height())
+                << what;
+            EXPECT_LE(std::abs(2 * r.x + r.width - picture.width()), 1) << what << ": centred";
+            EXPECT_LE(std::abs(2 * r.y + r.height - picture.height()), 1) << what << ": centred";
+            EXPECT_GE(r.width, std::floor(largest.width) - 64) << what;
+        }
     }
 }
 
