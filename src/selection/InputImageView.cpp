@@ -34,6 +34,7 @@ void InputImageView::setDocument(const Document* document) {
         connect(document, &Document::marqueeChanged, &_connections, [this] {
             update();
             _updateCursor();
+            _describeSelection();
         });
     }
     _imageChanged();
@@ -43,6 +44,23 @@ void InputImageView::_imageChanged() {
     _pixmap = QPixmap();
     update();
     _updateCursor();
+    _describeSelection();
+}
+
+void InputImageView::_describeSelection() {
+    const CropPlan plan = _document ? _document->cropPlan() : CropPlan();
+    if (plan.rounded.width <= 0 || plan.rounded.height <= 0) {
+        setAccessibleDescription(_hasImage() ? tr("No selection") : QString());
+        return;
+    }
+    // Counted from the top-left, as people and pixel editors count.
+    const RectF r = plan.rounded;
+    const float top = _document->image().size().height - r.y - r.height;
+    setAccessibleDescription(tr("Selection %1 × %2 pixels at %3, %4")
+                                 .arg(r.width)
+                                 .arg(r.height)
+                                 .arg(r.x)
+                                 .arg(top));
 }
 
 bool InputImageView::_hasImage() const {

@@ -56,6 +56,8 @@ private:
     Marquee _marquee() const;
     Marquee _draggedTo(PointF p) const;
     void _applyActualSizeScale(const Marquee& marquee);
+    // What a screen reader says of the view: the selection in source pixels.
+    void _describeSelection();
     void _imageChanged();
     void _updateCursor();
     bool _crossHairWanted() const;
