@@ -74,15 +74,15 @@ QPixmap TargetView::picture() const {
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
     iconFor(well->destination()).paint(&painter, kIconLeft, 0, kIconSide, kIconSide);
-    QFont font = QApplication::font("QLabel");
-    font.setPointSizeF(font.pointSizeF() * 0.85);
-    painter.setFont(font);
+    painter.setFont(QApplication::font("QLabel"));
     painter.setPen(palette().color(QPalette::WindowText));
-    const QString name = well->label();
+    // The file or folder name without its extension, centred unless it is wider than the
+    // picture; the well's label (a launcher's Name) is what the menus and screen readers say.
+    const QString name = QFileInfo(well->destination()).completeBaseName();
     const int textWidth = painter.fontMetrics().horizontalAdvance(name);
     const int x = textWidth > kPictureWidth ? 0 : (kPictureWidth - textWidth) / 2;
     painter.drawText(QRect(x, kIconSide, kPictureWidth - x, kPictureHeight - kIconSide),
-                     Qt::AlignLeft | Qt::AlignVCenter, name);
+                     Qt::AlignLeft | Qt::AlignBottom, name);
     return picture;
 }
 

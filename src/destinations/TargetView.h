@@ -22,7 +22,8 @@ public:
     TargetView(TargetController& controller, int tag, QWidget* parent = nullptr);
 
     int tag() const { return _tag; }
-    // The destination's icon, 32 x 32 at the top, its name centred beneath; null when empty.
+    // The destination's icon, 32 x 32 at the top, its file name centred beneath; null when
+    // the well is empty.
     QPixmap picture() const;
 
     // The drag type of a well's configuration.
