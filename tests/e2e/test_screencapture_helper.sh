@@ -3,8 +3,10 @@
 # against the pattern put on it, a region dragged out with the pointer, Esc, and a window
 # clicked.
 source "$(dirname "$0")/lib.sh"
-HELPER="$(dirname "$1")/marigold-screencapture"
+HELPER="$(realpath "$(dirname "$1")")/marigold-screencapture"
 cd "$E2E_TMP"
+# No session bus, so no portal: the X server is read.
+unset DBUS_SESSION_BUS_ADDRESS
 start_x
 
 # A pattern with no two columns or rows alike, as the screen's background.

@@ -1,12 +1,14 @@
 // marigold-screencapture [-i] [-W] [-o] [-m] [-x] OUTPUT
 // Writes a PNG of the screen, of a region dragged out (-i) or of a window clicked (-i -W) to
-// OUTPUT. Exit status 0 with the file written, or with no file when the person cancels;
+// OUTPUT: through the desktop's screenshot portal when the session has one, otherwise from
+// the X server. Exit status 0 with the file written, or with no file when the person cancels;
 // otherwise non-zero, with one line on standard error saying why.
 #include <QApplication>
 #include <QEventLoop>
 #include <cstdio>
 
 #include "CaptureRequest.h"
+#include "PortalCapture.h"
 #include "SelectionOverlay.h"
 #include "X11Capture.h"
 
@@ -43,6 +45,17 @@ int main(int argc, char* argv[]) {
         return 2;
     }
     const CaptureRequest& request = *parsed.request;
+    QString error;
+    switch (captureWithPortal(request, &error)) {
+        case PortalOutcome::Written:
+            return 0;
+        case PortalOutcome::Cancelled:
+            return 0;
+        case PortalOutcome::Failed:
+            return failed(error);
+        case PortalOutcome::Unavailable:
+            break;
+    }
     if (QGuiApplication::platformName() != QLatin1String("xcb"))
         return failed(QStringLiteral("no screen to capture on the %1 platform")
                           .arg(QGuiApplication::platformName()));
@@ -57,6 +70,5 @@ int main(int argc, char* argv[]) {
         image = image.copy(chosen);
     }
     if (!request.silent) playShutterSound();
-    QString error;
     return writeCapture(image, request.output, &error) ? 0 : failed(error);
 }
