@@ -74,16 +74,16 @@ TEST_F(TargetControllerTest, WellsTakeOneFolderOrApplicationAndTheOutputOnlyWhen
         DropOperation expected;
         const char* why;
     } cases[] = {
-        {0, {{pictures, viewer}}, DropOperation::None, "two files"},
-        {0, {{note}}, DropOperation::None, "a plain document from outside"},
-        {0, {{note}, std::nullopt, false, true}, DropOperation::None, "the output on an empty well"},
-        {2, {{note}, std::nullopt, false, true}, DropOperation::Copy, "the output on a folder well"},
-        {0, {{pictures}}, DropOperation::Link, "a folder"},
-        {0, {{viewer}}, DropOperation::Link, "a desktop entry"},
-        {0, {{script}}, DropOperation::Link, "an executable"},
-        {0, {{}, wellConfig}, DropOperation::Move, "another well"},
-        {2, {{}, wellConfig, true}, DropOperation::Generic, "a well back onto itself"},
-        {0, {}, DropOperation::None, "nothing a well reads"},
+        {0, {{pictures, viewer}, {}, false, false}, DropOperation::None, "two files"},
+        {0, {{note}, {}, false, false}, DropOperation::None, "a plain document from outside"},
+        {0, {{note}, {}, false, true}, DropOperation::None, "the output on an empty well"},
+        {2, {{note}, {}, false, true}, DropOperation::Copy, "the output on a folder well"},
+        {0, {{pictures}, {}, false, false}, DropOperation::Link, "a folder"},
+        {0, {{viewer}, {}, false, false}, DropOperation::Link, "a desktop entry"},
+        {0, {{script}, {}, false, false}, DropOperation::Link, "an executable"},
+        {0, {{}, wellConfig, false, false}, DropOperation::Move, "another well"},
+        {2, {{}, wellConfig, true, false}, DropOperation::Generic, "a well back onto itself"},
+        {0, {{}, {}, false, false}, DropOperation::None, "nothing a well reads"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(targets.dragOperation(c.tag, c.offer), c.expected) << c.why;
