@@ -1,9 +1,13 @@
 #pragma once
 
 #include <QObject>
+#include <QPoint>
 #include <QSize>
 #include <QString>
+#include <QThread>
+#include <QTimer>
 #include <functional>
+#include <optional>
 
 #include "constraints/RatioController.h"
 #include "core/Document.h"
@@ -183,6 +187,22 @@ public:
     void sendTo(int tag);
     // Shows the photo browser, whose chosen photos open here.
     void openPhotoBrowser();
+
+    // Screen capture through `marigold-screencapture`: the window leaves the screen while it
+    // runs, and the picture it writes opens as "screenshot".
+    enum class CaptureKind { Selection, Window, Screen };
+    // The helper's arguments before the output path.
+    static QStringList screenCaptureArguments(CaptureKind kind, bool playSound);
+    void captureSelection();
+    void captureWindow();
+    void captureScreen();
+    // After the timed capture's dialog: a countdown of `delay` seconds (at least 1), then the
+    // screen, with the pointer painted in.
+    void captureScreenTimedStart(int delay);
+    void captureAtCountdownEnd();
+    void runScreenCapture(const QStringList& arguments);
+    bool loadScreenCapture(const QString& path);
+    bool isCapturing() const { return _capture.isRunning() || _countdown; }
     // The typed name with the output format's extension: a recognised image extension is
     // replaced, anything else kept and the extension appended.
     static QString userEnteredFilename(const QString& name, int format);
@@ -222,6 +242,9 @@ Q_SIGNALS:
     // The size of the last file written, or empty once it no longer shows the output.
     void filesizeTextChanged(const QString& text);
     void titleChanged(const QString& title);
+    // The timed capture's countdown: empty, then "3", "2", "1"; ended as the capture starts.
+    void countdownChanged(const QString& text);
+    void countdownEnded();
 
 private:
     template <typename Value, typename Setter>
@@ -237,6 +260,8 @@ private:
     QString _typedSetting(const TypedSetting& setting) const;
     void _setTypedSetting(const TypedSetting& setting, const QString& text);
     void _showImage(const Image& image);
+    void _startCapture(CaptureKind kind);
+    void _captureExited(int status);
     void _flip(bool horizontally);
     void _setOpenedImage(Image original);
     Image _renderOutput(bool fast) const;
@@ -263,6 +288,11 @@ private:
     RatioController _ratioController{_defaults, _undoManager};
     TargetController _targetController{_defaults};
     std::unique_ptr<MediaBrowser> _mediaBrowser;
+    ChildProcess _capture;
+    QTimer* _captureDeadline = nullptr;
+    QThread* _countdown = nullptr;
+    bool _lastShotIsTimed = false;
+    std::optional<QPoint> _cursorPosition;
     TempFolder _tempFolder;
     TmpFileWriter _writer{_tempFolder};
     // What the background job in flight was started for.

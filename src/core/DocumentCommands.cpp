@@ -53,7 +53,11 @@ bool AppController::openFile(const QString& path, QString* reason) {
 
 void AppController::setSourcePath(const QString& path) {
     setDocumentName(path.isEmpty() ? kUntitled : QFileInfo(path).completeBaseName());
-    if (!path.isEmpty() && QFileInfo::exists(path)) _recentDocuments.noteNewRecentDocument(path);
+    // A capture's file is private and short-lived: no place in the desktop's recent files.
+    const bool capture = path.startsWith(_tempFolder.tmpdirString());
+    if (!path.isEmpty() && !capture && QFileInfo::exists(path)) {
+        _recentDocuments.noteNewRecentDocument(path);
+    }
     _document.setSourcePath(path);
 }
 

@@ -11,6 +11,7 @@
 
 #include "constraints/ConstraintManager.h"
 #include "core/AppController.h"
+#include "core/CaptureMenu.h"
 #include "core/ConstraintControls.h"
 #include "core/OutputControls.h"
 #include "core/PreferenceController.h"
@@ -180,6 +181,7 @@ void MainWindow::_buildMenus() {
     _actions.print->setShortcut(QKeySequence::Print);
     file->addMenu(_sendTo);
     file->addAction(tr("Photo Browser"), &_controller, &AppController::openPhotoBrowser);
+    file->addMenu(buildCaptureMenu(_controller, this));
     file->addSeparator();
     QAction* getInfo = file->addAction(tr("Get Info"), _info, &InfoController::showWindow);
     getInfo->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));

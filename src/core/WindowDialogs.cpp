@@ -64,6 +64,16 @@ void WindowDialogs::showPassingMessage(const QString& title, const QString& text
     box->open();
 }
 
+void WindowDialogs::leaveScreen() {
+    _window->hide();
+}
+
+void WindowDialogs::returnToScreen() {
+    _window->show();
+    _window->raise();
+    _window->activateWindow();
+}
+
 void WindowDialogs::chooseSaveTarget(const QString& directory, const QString& name, int format,
                                      std::function<void(const QString& path)> chosen) {
     auto* dialog = new QFileDialog(_window, QObject::tr("Save"), directory);

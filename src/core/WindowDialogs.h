@@ -24,6 +24,8 @@ public:
 
     void alert(const QString& title, const QString& text, const QString& button) override;
     void showPassingMessage(const QString& title, const QString& text, int seconds) override;
+    void leaveScreen() override;
+    void returnToScreen() override;
     void warnAboutSizeLimit(std::function<void()> dontShowAgain) override;
     void chooseSaveTarget(const QString& directory, const QString& name, int format,
                           std::function<void(const QString& path)> chosen) override;

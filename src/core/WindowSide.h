@@ -31,6 +31,9 @@ public:
     virtual void showPassingMessage(const QString& title, const QString& text, int seconds) = 0;
     // A one-line message that needs no answer (an unreadable file, a damaged one).
     virtual void showNotice(const QString& text) = 0;
+    // The window leaves the screen while it is captured, and comes back afterwards.
+    virtual void leaveScreen() = 0;
+    virtual void returnToScreen() = 0;
     // Shown while an output file is being written, which happens inside the asking event.
     virtual void setBusy(bool busy) = 0;
 };

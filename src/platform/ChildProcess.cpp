@@ -32,12 +32,14 @@ bool ChildProcess::start(const QString& program, const QStringList& arguments) {
             Q_EMIT lineWritten(QString::fromUtf8(process->readLine()).chopped(1));
         }
     });
-    connect(process, &QProcess::finished, this, [this, process] {
-        if (process != _process) return;
-        _process = nullptr;
-        process->deleteLater();
-        Q_EMIT exited();
-    });
+    connect(process, &QProcess::finished, this,
+            [this, process](int code, QProcess::ExitStatus how) {
+                if (process != _process) return;
+                _process = nullptr;
+                process->deleteLater();
+                // Qt gives the signal's number as the code of a child a signal ended.
+                Q_EMIT exited(how == QProcess::CrashExit ? 128 + code : code);
+            });
     process->start(program, arguments);
     if (process->waitForStarted()) return true;
     _process = nullptr;

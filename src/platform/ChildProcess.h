@@ -16,7 +16,8 @@ public:
     ~ChildProcess() override;
 
     bool start(const QString& program, const QStringList& arguments);
-    // Asks it to end, and waits until it has; a child that will not end is killed.
+    // Asks it to end, and waits until it has; a child that will not end is killed. Nothing is
+    // reported of a child stopped here.
     void stop();
     bool isRunning() const;
 
@@ -25,7 +26,8 @@ public:
 
 Q_SIGNALS:
     void lineWritten(const QString& line);
-    void exited();
+    // As a shell says it: the exit status, or 128 and the signal that ended it.
+    void exited(int status);
 
 private:
     QProcess* _process = nullptr;

@@ -39,11 +39,14 @@ struct RecordingWindow : WindowSide {
         alerts << title + QLatin1Char('|') + text;
     }
     void setBusy(bool busy) override { busyChanges << busy; }
+    void leaveScreen() override { onScreen = false; }
+    void returnToScreen() override { onScreen = true; }
 
     QStringList alerts;  // "title|text" of every alert shown
     QStringList notices;
     QList<bool> busyChanges;
     int warningsShown = 0;
+    bool onScreen = true;
     int beeps = 0;
     bool answerDontShowAgain = false;
     QString saveTarget;  // what the save dialog answers; empty: cancelled
