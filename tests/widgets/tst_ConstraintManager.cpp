@@ -23,13 +23,11 @@ class TestConstraintManager : public QObject {
 
 private:
     QTemporaryDir dir;
-    Defaults* defaults = nullptr;
-    AppController* controller = nullptr;
-    MainWindow* window = nullptr;
     std::unique_ptr<test::OpenWindow> app;
 
-    QComboBox* popUp() const { return byAccessibleName<QComboBox>(window, "Constraint"); }
-    ConstraintManager* manager() const { return window->findChild<ConstraintManager*>(); }
+    MainWindow* window() const { return app->window.get(); }
+    QComboBox* popUp() const { return byAccessibleName<QComboBox>(window(), "Constraint"); }
+    ConstraintManager* manager() const { return window()->findChild<ConstraintManager*>(); }
     QPushButton* button(const char* name) const {
         return byAccessibleName<QPushButton>(manager(), QString::fromUtf8(name));
     }
@@ -54,9 +52,6 @@ private Q_SLOTS:
     void init() {
         app = std::make_unique<test::OpenWindow>(dir.filePath(QStringLiteral("settings.ini")));
         QVERIFY(app->exposed);
-        defaults = &app->defaults;
-        controller = &app->controller;
-        window = app->window.get();
     }
 
     void cleanup() { app.reset(); }
@@ -71,7 +66,7 @@ private Q_SLOTS:
         end(QDialogButtonBox::Cancel);
 
         QAction* shortcut = nullptr;
-        for (QAction* action : window->findChildren<QAction*>()) {
+        for (QAction* action : window()->findChildren<QAction*>()) {
             if (action->shortcut() == QKeySequence(Qt::CTRL | Qt::Key_Semicolon)) shortcut = action;
         }
         QVERIFY(shortcut);
@@ -132,7 +127,7 @@ private Q_SLOTS:
         end(QDialogButtonBox::Ok);
         QCOMPARE(popUp()->findText(QStringLiteral("320x240")), -1);
         QCOMPARE(popUp()->currentText(), QStringLiteral("None"));
-        QCOMPARE(defaults->arrayForKey(keys::DefSizePresets).size(), 1);
+        QCOMPARE(app->defaults.arrayForKey(keys::DefSizePresets).size(), 1);
     }
 };
 
